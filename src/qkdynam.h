@@ -1,0 +1,12 @@
+// qkdynam: the whole public interface in one include.
+#pragma once
+
+#include "qkdynam_platform.h"
+
+#include "zo/kel/DLLMalloc.h"
+#include "zo/kel/Exception.h"
+#include "zo/kel/NumericCast.h"
+#include "zo/kel/SafeInteger.h"
+#include "zo/kel/SourceSite.h"
+#include "zo/kel/osdep/Assertion.h"
+#include "zo/kel/osdep/OSException.h"
