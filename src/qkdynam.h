@@ -9,4 +9,5 @@
 #include "zo/kel/SafeInteger.h"
 #include "zo/kel/SourceSite.h"
 #include "zo/kel/osdep/Assertion.h"
+#include "zo/kel/osdep/AtomicInt.h"
 #include "zo/kel/osdep/OSException.h"

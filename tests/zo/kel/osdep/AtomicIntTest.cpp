@@ -1,0 +1,45 @@
+#include "zo/kel/osdep/AtomicInt.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+using zo::kel::osdep::AtomicInt;
+
+TEST(AtomicInt, OperationsReturnTheNewOrPreviousValue) {
+    AtomicInt count(1);
+    EXPECT_EQ(count.increment(), 2);
+    EXPECT_EQ(count.decrement(), 1);
+    EXPECT_EQ(count.decrement(), 0);
+    EXPECT_EQ(count.exchange(7), 0);
+    EXPECT_EQ(count.compareExchange(9, 3), 7);  // not 3: unchanged
+    EXPECT_EQ(count.value(), 7);
+    EXPECT_EQ(count.compareExchange(9, 7), 7);  // swapped
+    EXPECT_TRUE(count == 9);
+    EXPECT_TRUE(count != 8);
+    EXPECT_TRUE(count > 8);
+    EXPECT_TRUE(count >= 9);
+    EXPECT_FALSE(count > 9);
+}
+
+TEST(AtomicInt, CountsExactlyUnderContention) {
+    AtomicInt count(0);
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 100000;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&count, t] {
+            for (int i = 0; i < kRounds; ++i) {
+                // Half the threads count down, so a lost update shows as a non-zero total.
+                if (t % 2) count.increment(); else count.decrement();
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(count.value(), 0);
+}
+
+}  // namespace
