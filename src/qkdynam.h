@@ -10,4 +10,7 @@
 #include "zo/kel/SourceSite.h"
 #include "zo/kel/osdep/Assertion.h"
 #include "zo/kel/osdep/AtomicInt.h"
+#include "zo/kel/osdep/CriticalSection.h"
+#include "zo/kel/osdep/Event.h"
+#include "zo/kel/osdep/Thread.h"
 #include "zo/kel/osdep/OSException.h"
