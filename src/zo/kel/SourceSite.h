@@ -19,7 +19,7 @@ struct FixedText {
 
 // The path below the last source root ("/src/" or "/tests/" in the tree, "/qkdynam/" once
 // installed), without extension; headers keep their "./" include form.
-consteval std::string_view TrimmedSourcePath(std::string_view path) {
+constexpr std::string_view TrimmedSourcePath(std::string_view path) {
     std::size_t start = 0;
     for (std::string_view root : {std::string_view("/src/"), std::string_view("/tests/"), std::string_view("/qkdynam/")}) {
         if (auto at = path.rfind(root); at != std::string_view::npos && at + root.size() > start) {
@@ -34,14 +34,14 @@ consteval std::string_view TrimmedSourcePath(std::string_view path) {
     return path;
 }
 
-consteval bool IsHeaderPath(std::string_view path) {
+constexpr bool IsHeaderPath(std::string_view path) {
     return path.ends_with(".h") || path.ends_with(".hpp");
 }
 
 template <std::size_t N>
 struct SourcePathText {
     char text[N + 2]{};
-    consteval SourcePathText(const char (&file)[N]) {
+    constexpr SourcePathText(const char (&file)[N]) {
         const std::string_view full(file, N - 1);
         const std::string_view trimmed = TrimmedSourcePath(full);
         std::size_t out = 0;
