@@ -1,5 +1,7 @@
 #include "zo/kel/Exception.h"
 
+#include "zo/kel/StringBase.h"
+
 namespace zo::kel::exception {
 
 namespace {
@@ -59,6 +61,11 @@ SyntaxError::SyntaxError(unsigned int line, const char* file) : Exception(line, 
 
 void SyntaxError::initialize(std::string_view text) {
     message_ = text.empty() ? std::string("SyntaxError") : Prefixed("SyntaxError: ", text);
+}
+
+void SyntaxError::initialize(const StringBase<wchar_t, char, wchar_t>& text) {
+    const StringBase<char, wchar_t, wchar_t> narrow(text);
+    initialize(std::string_view(narrow.c_str(), narrow.length()));
 }
 
 std::int32_t SyntaxError::getErrorCode() const noexcept { return kSyntaxErrorCode; }

@@ -13,6 +13,11 @@
 #include "qkdynam_platform.h"
 #include "zo/kel/SourceSite.h"
 
+namespace zo::kel {
+template <typename Char, typename OtherChar, typename WideChar>
+class StringBase;
+}
+
 namespace zo::kel::exception {
 
 // The library's error codes; all share the high half 0x8ABC.
@@ -101,6 +106,9 @@ class QKDYNAM_API SyntaxError : public Exception {
 public:
     SyntaxError(unsigned int line, const char* file);
     void initialize(std::string_view text);
+    // The wide text is narrowed by the string conversion, which throws for
+    // characters it cannot represent.
+    void initialize(const StringBase<wchar_t, char, wchar_t>& text);
     const char* what() const noexcept override { return message_.c_str(); }
     std::int32_t getErrorCode() const noexcept override;
 

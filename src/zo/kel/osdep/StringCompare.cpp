@@ -1,0 +1,147 @@
+#include "zo/kel/osdep/StringCompare.h"
+
+#include <ctype.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+
+#include "zo/kel/Utf8.h"
+#include "zo/kel/osdep/CharacterAttributes.h"
+
+namespace zo::kel::osdep {
+
+namespace {
+
+int Clamped(std::int64_t difference) {
+    return static_cast<int>(std::clamp<std::int64_t>(difference, INT_MIN, INT_MAX));
+}
+
+template <typename Char>
+std::size_t RangeLength(const Char* first, const Char* last) {
+    return first && last > first ? static_cast<std::size_t>(last - first) : 0;
+}
+
+// Index of the first unequal unit in [from, count), or count.
+std::size_t FirstMismatch(const char* a, const char* b, std::size_t from, std::size_t count) {
+    std::size_t at = from;
+    for (; count - at >= 8; at += 8) {
+        std::uint64_t wordA;
+        std::uint64_t wordB;
+        std::memcpy(&wordA, a + at, sizeof wordA);
+        std::memcpy(&wordB, b + at, sizeof wordB);
+        if (wordA != wordB) return at + static_cast<std::size_t>(__builtin_ctzll(wordA ^ wordB)) / 8;
+    }
+    for (; at < count; ++at) {
+        if (a[at] != b[at]) break;
+    }
+    return at;
+}
+
+std::size_t FirstMismatch(const wchar_t* a, const wchar_t* b, std::size_t from, std::size_t count) {
+    return static_cast<std::size_t>(std::mismatch(a + from, a + count, b + from).first - a);
+}
+
+// Walks the common part unit by unit, skipping equal runs fast, and answers
+// fold(a) - fold(b) at the first real difference, else the length difference.
+template <typename Char, typename Fold>
+int CompareRanges(const Char* aFirst, const Char* aLast, const Char* bFirst, const Char* bLast, Fold fold) {
+    const std::size_t aLength = RangeLength(aFirst, aLast);
+    const std::size_t bLength = RangeLength(bFirst, bLast);
+    const std::size_t common = std::min(aLength, bLength);
+    for (std::size_t at = 0; (at = FirstMismatch(aFirst, bFirst, at, common)) < common; ++at) {
+        const std::int64_t difference = std::int64_t{fold(aFirst[at])} - fold(bFirst[at]);
+        if (difference != 0) return Clamped(difference);
+    }
+    return Clamped(static_cast<std::int64_t>(aLength) - static_cast<std::int64_t>(bLength));
+}
+
+// The current locale's upper-casing table, read once per comparison.
+struct NarrowUpper {
+    const std::int32_t* table = *__ctype_toupper_loc();
+    std::int32_t operator()(char c) const { return table[static_cast<unsigned char>(c)]; }
+};
+struct NarrowExact {
+    std::int32_t operator()(char c) const { return static_cast<unsigned char>(c); }
+};
+struct WideUpper {
+    std::int64_t operator()(wchar_t c) const { return static_cast<std::int32_t>(std::towupper(static_cast<wint_t>(c))); }
+};
+struct WideExact {
+    std::int64_t operator()(wchar_t c) const { return c; }
+};
+
+template <typename Char>
+const Char* TerminatorOf(const Char* text) {
+    if (!text) return text;
+    if constexpr (sizeof(Char) == 1) {
+        return text + std::strlen(text);
+    } else {
+        return text + std::wcslen(text);
+    }
+}
+
+}  // namespace
+
+int StringCaseCompare(const char* aFirst, const char* aLast, const char* bFirst, const char* bLast) noexcept {
+    return CompareRanges(aFirst, aLast, bFirst, bLast, NarrowUpper{});
+}
+int StringCaseCompare(const char* a, const char* b) noexcept {
+    return StringCaseCompare(a, TerminatorOf(a), b, TerminatorOf(b));
+}
+int StringCaseCompare(const wchar_t* aFirst, const wchar_t* aLast, const wchar_t* bFirst,
+                      const wchar_t* bLast) noexcept {
+    return CompareRanges(aFirst, aLast, bFirst, bLast, WideUpper{});
+}
+int StringCaseCompare(const wchar_t* a, const wchar_t* b) noexcept {
+    return StringCaseCompare(a, TerminatorOf(a), b, TerminatorOf(b));
+}
+
+int StringExactCompare(const char* aFirst, const char* aLast, const char* bFirst, const char* bLast) noexcept {
+    return CompareRanges(aFirst, aLast, bFirst, bLast, NarrowExact{});
+}
+int StringExactCompare(const char* a, const char* b) noexcept {
+    return StringExactCompare(a, TerminatorOf(a), b, TerminatorOf(b));
+}
+int StringExactCompare(const wchar_t* aFirst, const wchar_t* aLast, const wchar_t* bFirst,
+                       const wchar_t* bLast) noexcept {
+    return CompareRanges(aFirst, aLast, bFirst, bLast, WideExact{});
+}
+int StringExactCompare(const wchar_t* a, const wchar_t* b) noexcept {
+    return StringExactCompare(a, TerminatorOf(a), b, TerminatorOf(b));
+}
+
+int Utf8StringCompareInternal(const unsigned char* aFirst, const unsigned char* aLast, const unsigned char* bFirst,
+                              const unsigned char* bLast, bool caseSensitive,
+                              const CharacterAttributes<wchar_t>* attributes) {
+    const auto fold = [&](wchar_t c) -> std::int64_t {
+        if (caseSensitive) return c;
+        return attributes ? attributes->toUpper(c) : static_cast<std::int32_t>(std::towupper(static_cast<wint_t>(c)));
+    };
+    if (!aFirst) aLast = aFirst;
+    if (!bFirst) bLast = bFirst;
+    while (aFirst < aLast && bFirst < bLast) {
+        wchar_t a;
+        wchar_t b;
+        aFirst = ConvertNextUtf8Character(aFirst, aLast, a);
+        bFirst = ConvertNextUtf8Character(bFirst, bLast, b);
+        if (a == b) continue;
+        if (const std::int64_t difference = fold(a) - fold(b); difference != 0) return Clamped(difference);
+    }
+    return Clamped(std::int64_t{GetUtf8StringLength(aFirst, aLast)} - GetUtf8StringLength(bFirst, bLast));
+}
+
+int Utf8StringCaseInsensitiveCompare(const unsigned char* aFirst, const unsigned char* aLast,
+                                     const unsigned char* bFirst, const unsigned char* bLast) {
+    return Utf8StringCompareInternal(aFirst, aLast, bFirst, bLast, false, nullptr);
+}
+
+int Utf8StringExactCompare(const unsigned char* aFirst, const unsigned char* aLast, const unsigned char* bFirst,
+                           const unsigned char* bLast) {
+    return Utf8StringCompareInternal(aFirst, aLast, bFirst, bLast, true, nullptr);
+}
+
+}  // namespace zo::kel::osdep
