@@ -368,7 +368,13 @@ STRING_BASE& STRING_BASE::append(const StringBase& text) { return append(text.be
 STRING_BASE_TEMPLATE
 STRING_BASE& STRING_BASE::append(const StringBase& text, unsigned int pos, unsigned int count) {
     CheckOffset(pos, text.length());
-    return append(text.begin_ + pos, Clipped(count, text.length() - pos));
+    count = Clipped(count, text.length() - pos);
+    if (&text == this && pos != 0) {
+        // Growth would move the source; only a source at begin() is rebased.
+        const StringBase part(text, pos, count);
+        return append(part.begin_, count);
+    }
+    return append(text.begin_ + pos, count);
 }
 
 STRING_BASE_TEMPLATE

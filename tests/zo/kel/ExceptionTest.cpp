@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "zo/kel/StringBase.h"
+
 namespace {
 
 using namespace zo::kel::exception;
@@ -74,6 +76,15 @@ TEST(Exception, SyntaxErrorInitialize) {
     EXPECT_STREQ(error.what(), "SyntaxError");
     error.initialize("unexpected ')'");
     EXPECT_STREQ(error.what(), "SyntaxError: unexpected ')'");
+}
+
+TEST(Exception, SyntaxErrorInitializeWithWideText) {
+    SyntaxError error(3, "f");
+    error.initialize(zo::kel::WideString(L"bad token"));
+    EXPECT_STREQ(error.what(), "SyntaxError: bad token");
+    error.initialize(zo::kel::WideString());
+    EXPECT_STREQ(error.what(), "SyntaxError");
+    EXPECT_THROW(error.initialize(zo::kel::WideString(L"\u00E9")), UnableToConvert);
 }
 
 TEST(Exception, ThrowSiteIsStampedWithProjectRelativePath) {

@@ -1,0 +1,354 @@
+#include "zo/kel/StringBase.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "zo/kel/Exception.h"
+
+namespace {
+
+using zo::kel::KeepBuffer;
+using zo::kel::NarrowString;
+using zo::kel::Utf8String;
+using zo::kel::WideString;
+using namespace zo::kel::exception;
+
+constexpr unsigned int npos = NarrowString::npos;
+using Bytes = std::vector<unsigned char>;
+
+template <typename String>
+Bytes Serialized(const String& text) {
+    Bytes bytes(text.serializationSize());
+    unsigned char* cursor = bytes.data();
+    text.serialize(cursor, bytes.data() + bytes.size());
+    EXPECT_EQ(cursor, bytes.data() + bytes.size());
+    return bytes;
+}
+
+TEST(StringBase, DefaultIsAnEmptyTerminatedBlock) {
+    const NarrowString narrow;
+    EXPECT_EQ(narrow.length(), 0u);
+    EXPECT_EQ(narrow.capacity(), 0u);
+    ASSERT_NE(narrow.c_str(), nullptr);
+    EXPECT_EQ(narrow.c_str()[0], '\0');
+    const WideString wide;
+    EXPECT_EQ(wide.c_str()[0], L'\0');
+    narrow.checkInvariants();
+}
+
+TEST(StringBase, EqualityIgnoresCaseExactCompareDoesNot) {
+    const NarrowString upper("ABC");
+    EXPECT_TRUE(upper == NarrowString("abc"));
+    EXPECT_TRUE(upper == "abc");
+    EXPECT_FALSE(upper != "abc");
+    EXPECT_NE(upper.exactCompare("abc"), 0);
+    EXPECT_LT(upper.exactCompare(NarrowString("abc")), 0);
+    EXPECT_EQ(upper.exactCompare("ABC"), 0);
+    EXPECT_TRUE(NarrowString("abc") < "ABCD");
+    EXPECT_TRUE(NarrowString("b") > "A");
+    EXPECT_EQ(NarrowString("abc").compare("ABCD"), -1);
+    EXPECT_EQ(NarrowString("b").compare("A"), 1);
+    EXPECT_TRUE(WideString(L"\u00C9T\u00C9") == L"\u00C9t\u00C9");
+    // Embedded zeros take part, lengths come from the strings.
+    EXPECT_GT(NarrowString("a\0b", 3u).compare(NarrowString("a\0a", 3u)), 0);
+    EXPECT_EQ(NarrowString("xabcx").compare(1, 3, "ABC", 3), 0);
+    EXPECT_THROW(NarrowString("ab").compare(3, 1, "a", 1), OutOfRange2);
+    EXPECT_TRUE(Utf8String(reinterpret_cast<const unsigned char*>("Stra\xC3\x9F" "e")) ==
+                reinterpret_cast<const unsigned char*>("STRA\xC3\x9F" "E"));
+}
+
+struct SearchRow {
+    const char* text;
+    const char* pattern;
+    unsigned int pos;
+    unsigned int find;
+    unsigned int rfind;
+};
+
+const SearchRow kSearchRows[] = {
+    {"abcabc", "bc", 0, 1, npos},
+    {"abcabc", "bc", npos, npos, 4},
+    {"abcabc", "bc", 2, 4, 1},
+    {"abcabc", "abc", 3, 3, 3},
+    {"abcabc", "abcd", 0, npos, npos},
+    {"abcabc", "", 0, 0, 0},
+    {"abc", "", 3, npos, 3},  // an empty pattern at the end is not found forwards
+    {"abc", "", 7, npos, 3},
+    {"abc", "c", 3, npos, 2},
+    {"", "", 0, npos, 0},
+    {"aXbXc", "X", 4, npos, 3},
+    {"abc", "ABC", 0, npos, npos},  // searching is exact
+};
+
+TEST(StringBase, FindAndRfind) {
+    for (const SearchRow& row : kSearchRows) {
+        const NarrowString text(row.text);
+        EXPECT_EQ(text.find(NarrowString(row.pattern), row.pos), row.find) << row.text << " / " << row.pattern;
+        EXPECT_EQ(text.rfind(NarrowString(row.pattern), row.pos), row.rfind) << row.text << " / " << row.pattern;
+    }
+    const NarrowString text("hello world");
+    EXPECT_EQ(text.find('o'), 4u);
+    EXPECT_EQ(text.find('o', 5), 7u);
+    EXPECT_EQ(text.find('o', 11), npos);
+    EXPECT_EQ(text.rfind('o'), 7u);
+    EXPECT_EQ(text.rfind('o', 6), 4u);
+    EXPECT_EQ(text.rfind('z'), npos);
+    const WideString wide(L"w\u00E9de w\u00E9de");
+    EXPECT_EQ(wide.find(WideString(L"\u00E9d"), 2), 6u);
+}
+
+TEST(StringBase, CharacterSetSearches) {
+    const NarrowString text("  key = value  ");
+    const NarrowString blanks(" ");
+    EXPECT_EQ(text.find_first_not_of(blanks), 2u);
+    EXPECT_EQ(text.find_last_not_of(blanks), 12u);
+    EXPECT_EQ(text.find_last_not_of(' '), 12u);
+    EXPECT_EQ(text.find_last_not_of(' ', 4), 4u);
+    EXPECT_EQ(text.find_first_of(NarrowString("=:")), 6u);
+    EXPECT_EQ(text.find_first_of(NarrowString("=:"), 7), npos);
+    EXPECT_EQ(text.find_last_of(NarrowString("ek")), 12u);
+    EXPECT_EQ(text.find_last_of(NarrowString("ek"), 10), 3u);
+    EXPECT_EQ(text.find_last_of('k'), 2u);
+    EXPECT_EQ(NarrowString().find_last_of('k'), npos);
+    EXPECT_EQ(NarrowString("   ").find_last_not_of(blanks), npos);
+    EXPECT_EQ(NarrowString("   ").find_first_not_of(blanks), npos);
+    EXPECT_FALSE(text.hasEmbeddedNull());
+    EXPECT_TRUE(NarrowString("a\0b", 3u).hasEmbeddedNull());
+}
+
+TEST(StringBase, OffsetFaultsThrowWithTheirTextAndSite) {
+    const NarrowString abc("abc");
+    EXPECT_EQ(abc.substr(3).length(), 0u);
+    EXPECT_EQ(abc.substr(1, 100).exactCompare("bc"), 0);
+    try {
+        abc.substr(4);
+        FAIL();
+    } catch (const OutOfRange2& failure) {
+        EXPECT_STREQ(failure.what(), "Out of range: String offset out of range");
+        EXPECT_STREQ(failure.getFile(), "zo/kel/StringBase");
+        EXPECT_GT(failure.getLine(), 0u);
+    }
+    NarrowString text("abc");
+    char out[4] = {};
+    EXPECT_THROW(text.copy(out, 1, 4), OutOfRange2);
+    EXPECT_THROW(text.erase(4), OutOfRange2);
+    EXPECT_THROW(text.replace(4, 0, abc), OutOfRange2);
+    EXPECT_THROW(text.replace(0, 0, abc, 4, 1), OutOfRange2);
+    EXPECT_THROW(text.append(abc, 4, 1), OutOfRange2);
+    EXPECT_EQ(text.exactCompare("abc"), 0);
+    EXPECT_EQ(text.copy(out, 10, 1), 2u);
+    EXPECT_STREQ(out, "bc");
+}
+
+TEST(StringBase, ModifyOperations) {
+    NarrowString text("hello world");
+    text.replace(0, 5, NarrowString("goodbye"));
+    EXPECT_EQ(text.exactCompare("goodbye world"), 0);
+    text.replace(8, 100, NarrowString("moon!"), 0, 4);
+    EXPECT_EQ(text.exactCompare("goodbye moon"), 0);
+    text.replace(0, 4, text, 8, 4);  // from itself
+    EXPECT_EQ(text.exactCompare("moonbye moon"), 0);
+    text.erase(4, 4);
+    EXPECT_EQ(text.exactCompare("moonmoon"), 0);
+    char* at = text.erase(text.begin() + 1, text.begin() + 3);
+    EXPECT_EQ(*at, 'n');
+    EXPECT_EQ(text.exactCompare("mnmoon"), 0);
+    text.resize(8, '!');
+    EXPECT_EQ(text.exactCompare("mnmoon!!"), 0);
+    text.resize(2);
+    EXPECT_EQ(text.exactCompare("mn"), 0);
+    text.checkInvariants();
+
+    WideString wide(L"ab");
+    wide += L'c';
+    wide += WideString(L"de");
+    wide += NarrowString("fg");
+    wide += "hi";
+    EXPECT_EQ(wide.exactCompare(L"abcdefghi"), 0);
+    EXPECT_EQ((NarrowString("x") + NarrowString("y") + "z" + 'w' + L"v").exactCompare("xyzwv"), 0);
+    NarrowString swapped("other");
+    swap(text, swapped);
+    EXPECT_EQ(text.exactCompare("other"), 0);
+    EXPECT_EQ(swapped.exactCompare("mn"), 0);
+}
+
+TEST(StringBase, GrowthDoublesAndShrinkIsLazy) {
+    NarrowString text;
+    text.append("abc");
+    EXPECT_EQ(text.capacity(), 6u);  // 2 x 3
+    text.append("d");
+    EXPECT_EQ(text.capacity(), 6u);
+    text.append("efg");
+    EXPECT_EQ(text.capacity(), 14u);  // 2 x 7
+    text.reserve(10);
+    EXPECT_EQ(text.capacity(), 14u);
+    text.reserve(20);
+    EXPECT_EQ(text.capacity(), 20u);  // exact
+    text.erase(0, 7);
+    EXPECT_EQ(text.capacity(), 0u);  // 0 chars in a 20 block: shrunk to 0
+    text.append(std::string(10, 'x').c_str());
+    EXPECT_EQ(text.capacity(), 20u);
+    text.erase(0, 2);  // 8 of 20: more than twice, shrink to 8
+    EXPECT_EQ(text.capacity(), 8u);
+    text.erase(0, 4, KeepBuffer);
+    EXPECT_EQ(text.capacity(), 8u);
+    text.erase(0, 1);  // 3 of 8
+    EXPECT_EQ(text.capacity(), 3u);
+    text.clear(KeepBuffer);
+    EXPECT_EQ(text.capacity(), 3u);
+    text.clear();
+    EXPECT_EQ(text.capacity(), 0u);
+
+    NarrowString reserved;
+    reserved.reserve(10);
+    reserved.reserve(5);
+    EXPECT_EQ(reserved.capacity(), 10u);
+    reserved.clear();
+    EXPECT_EQ(reserved.capacity(), 0u);
+
+    NarrowString resized("abcdefgh");
+    resized.resize(2, ' ', KeepBuffer);
+    EXPECT_EQ(resized.capacity(), 8u);
+    resized.resize(1);
+    EXPECT_EQ(resized.capacity(), 1u);
+    resized.freeString();
+    EXPECT_EQ(resized.capacity(), 0u);
+    EXPECT_TRUE(resized.empty());
+}
+
+TEST(StringBase, AppendingOwnTextDoublesIt) {
+    NarrowString text("abcd");
+    text.append(text.c_str(), text.length());
+    EXPECT_EQ(text.exactCompare("abcdabcd"), 0);
+    text.append(text);
+    EXPECT_EQ(text.exactCompare("abcdabcdabcdabcd"), 0);
+    text.append(text, 12, 10);  // from inside itself, with growth
+    EXPECT_EQ(text.length(), 20u);
+    EXPECT_EQ(text.exactCompare("abcdabcdabcdabcdabcd"), 0);
+    text.checkInvariants();
+}
+
+TEST(StringBase, AssignmentReusesOrReplacesTheBlock) {
+    NarrowString text("0123456789");
+    text = "abcdef";  // 6 of 10 fits the lazy-shrink rule
+    EXPECT_EQ(text.capacity(), 10u);
+    text = "ab";
+    EXPECT_EQ(text.capacity(), 2u);
+    text.assign(text.c_str() + 1, 1);  // from inside itself
+    EXPECT_EQ(text.exactCompare("b"), 0);
+    text = L"wide";
+    EXPECT_EQ(text.exactCompare("wide"), 0);
+    text.assign(L"xyz", 2);
+    EXPECT_EQ(text.exactCompare("xy"), 0);
+    NarrowString moved(std::move(text));
+    EXPECT_EQ(moved.exactCompare("xy"), 0);
+    EXPECT_TRUE(text.empty());  // NOLINT(bugprone-use-after-move): documented as left empty
+    text = moved;
+    EXPECT_EQ(text.exactCompare("xy"), 0);
+}
+
+TEST(StringBase, ConversionsBetweenInstantiations) {
+    const WideString wide(NarrowString("plain text"));
+    EXPECT_EQ(wide.exactCompare(L"plain text"), 0);
+    EXPECT_EQ(NarrowString(wide).exactCompare("plain text"), 0);
+    EXPECT_EQ(NarrowString(L"abc", 2u).exactCompare("ab"), 0);
+    const wchar_t range[] = L"range";
+    EXPECT_EQ(NarrowString(range, range + 3).exactCompare("ran"), 0);
+    EXPECT_THROW(NarrowString(L"caf\u00E9"), UnableToConvert);  // the narrow side is US-ASCII
+
+    const Utf8String utf8(WideString(L"caf\u00E9 \U0001F600"));
+    EXPECT_EQ(Bytes(utf8.begin(), utf8.end()), (Bytes{'c', 'a', 'f', 0xC3, 0xA9, ' ', 0xF0, 0x9F, 0x98, 0x80}));
+    const auto* latin1 = reinterpret_cast<const unsigned char*>("caf\xE9");
+    EXPECT_EQ(WideString(latin1, "ISO-8859-1").exactCompare(L"caf\u00E9"), 0);
+    EXPECT_EQ(Utf8String(latin1, "ISO-8859-1").length(), 5u);
+    EXPECT_THROW(WideString(latin1, "no-such-charset"), UnableToConvert);
+
+    NarrowString appended("x");
+    EXPECT_THROW(appended.append(L"\u00E9"), UnableToConvert);
+    EXPECT_EQ(appended.exactCompare("x"), 0);
+    appended.checkInvariants();
+}
+
+TEST(StringBase, BinaryFormsByteForByte) {
+    EXPECT_EQ(Serialized(NarrowString("ab")), (Bytes{0x03, 0x00, 0x00, 0x00, 0x61, 0x62, 0x00}));
+    EXPECT_EQ(Serialized(NarrowString()), (Bytes{0x01, 0x00, 0x00, 0x00, 0x00}));
+    EXPECT_EQ(Serialized(WideString(L"ab")), (Bytes{0x02, 0x00, 0x00, 0x00, 0x61, 0x62}));
+    EXPECT_EQ(Serialized(WideString(L"\u00E9")), (Bytes{0x02, 0x00, 0x00, 0x00, 0xC3, 0xA9}));
+    EXPECT_EQ(Serialized(WideString()), (Bytes{0x00, 0x00, 0x00, 0x00}));
+    const unsigned char raw[] = {0xFF, 0x00, 0x41};
+    EXPECT_EQ(Serialized(Utf8String(raw, 3u)), (Bytes{0x03, 0x00, 0x00, 0x00, 0xFF, 0x00, 0x41}));
+    EXPECT_EQ(NarrowString("ab").serializationSize(), 7u);
+    EXPECT_EQ(WideString(L"\u20AC").serializationSize(), 7u);
+    EXPECT_EQ(Utf8String().serializationSize(), 4u);
+}
+
+TEST(StringBase, SerializeIntoTooLittleRoomThrowsWithoutASite) {
+    unsigned char out[6];
+    unsigned char* cursor = out;
+    try {
+        NarrowString("ab").serialize(cursor, out + sizeof out);
+        FAIL();
+    } catch (const BufferOverflow& failure) {
+        EXPECT_EQ(failure.getLine(), 0u);
+        EXPECT_EQ(failure.getFile(), nullptr);
+    }
+    EXPECT_EQ(cursor, out);
+    EXPECT_THROW(WideString(L"abc").serialize(cursor, out + 6), BufferOverflow);
+    EXPECT_THROW(Utf8String(reinterpret_cast<const unsigned char*>("abc")).serialize(cursor, out + 6),
+                 BufferOverflow);
+}
+
+template <typename String, typename Expected = DeserializationError>
+void ExpectDeserializeFails(const Bytes& input, const char* site) {
+    String target("keep");
+    const unsigned char* cursor = input.data();
+    try {
+        target.deserialize(cursor, input.data() + input.size());
+        ADD_FAILURE() << "no exception";
+    } catch (const Expected& failure) {
+        if (site) {
+            EXPECT_STREQ(failure.getFile(), site);
+        } else {
+            EXPECT_EQ(failure.getFile(), nullptr);
+        }
+    }
+    EXPECT_EQ(cursor, input.data());
+    EXPECT_EQ(target, String("keep"));
+    target.checkInvariants();
+}
+
+TEST(StringBase, DeserializeRejectsBadInputAndKeepsTheTarget) {
+    ExpectDeserializeFails<NarrowString>({0x03, 0x00, 0x00}, nullptr);                     // no count
+    ExpectDeserializeFails<NarrowString>({0x03, 0x00, 0x00, 0x00, 'a', 0x00}, nullptr);    // short
+    ExpectDeserializeFails<NarrowString>({0x03, 0x00, 0x00, 0x00, 'a', 'b', 'c'}, "zo/kel/StringBase");
+    ExpectDeserializeFails<NarrowString>({0x00, 0x00, 0x00, 0x00}, "zo/kel/StringBase");  // count 0
+    ExpectDeserializeFails<NarrowString>({0xFF, 0xFF, 0xFF, 0xFF, 0x00}, nullptr);        // huge count
+    ExpectDeserializeFails<WideString>({0x02, 0x00, 0x00, 0x00, 0xC3}, nullptr);
+    ExpectDeserializeFails<WideString, InvalidSequence>({0x02, 0x00, 0x00, 0x00, 0xC3, 0x41}, "zo/kel/Utf8");
+    ExpectDeserializeFails<WideString, InvalidSequence>({0x01, 0x00, 0x00, 0x00, 0x80}, "zo/kel/Utf8");
+    ExpectDeserializeFails<WideString>({0xFF, 0xFF, 0xFF, 0x7F, 0x41}, nullptr);
+}
+
+TEST(StringBase, DeserializeReadsEachFormAndAdvances) {
+    const Bytes input = {0x03, 0x00, 0x00, 0x00, 'h', 'i', 0x00, 0x03, 0x00, 0x00, 0x00, 0xE2, 0x82, 0xAC,
+                         0x00, 0x00, 0x00, 0x00, 0x02, 0x00, 0x00, 0x00, 0xC3, 0xA9};
+    const unsigned char* cursor = input.data();
+    const unsigned char* limit = input.data() + input.size();
+    NarrowString narrow;
+    narrow.deserialize(cursor, limit);
+    EXPECT_EQ(narrow.exactCompare("hi"), 0);
+    WideString wide("old contents that are long");
+    wide.deserialize(cursor, limit);
+    EXPECT_EQ(wide.exactCompare(L"\u20AC"), 0);
+    EXPECT_EQ(wide.capacity(), 1u);  // reallocated exactly
+    wide.deserialize(cursor, limit);
+    EXPECT_TRUE(wide.empty());
+    Utf8String bytes;
+    bytes.deserialize(cursor, limit);
+    EXPECT_EQ(Bytes(bytes.begin(), bytes.end()), (Bytes{0xC3, 0xA9}));
+    EXPECT_EQ(cursor, limit);
+}
+
+}  // namespace

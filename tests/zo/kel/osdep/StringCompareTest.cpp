@@ -1,0 +1,62 @@
+#include "zo/kel/osdep/StringCompare.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+
+#include "zo/kel/Exception.h"
+#include "zo/kel/osdep/CharacterAttributes.h"
+
+namespace {
+
+using namespace zo::kel::osdep;
+
+struct CompareRow {
+    const char* a;
+    const char* b;
+    int caseResult;
+    int exactResult;
+};
+
+const CompareRow kRows[] = {
+    {"abc", "ABCD", -1, 32},
+    {"b", "A", 1, 33},
+    {"ABC", "abc", 0, -32},
+    {"", "", 0, 0},
+    {"abcdefghijklmnopq", "abcdefghijklmnopr", -1, -1},  // past the eight-byte stride
+    {"same text, longer", "same text", 8, 8},
+    {"\xE9", "e", 0xE9 - 'E', 0xE9 - 'e'},  // bytes compare unsigned
+};
+
+TEST(StringCompare, SignedMagnitudes) {
+    for (const CompareRow& row : kRows) {
+        EXPECT_EQ(StringCaseCompare(row.a, row.b), row.caseResult) << row.a << " / " << row.b;
+        EXPECT_EQ(StringExactCompare(row.a, row.b), row.exactResult) << row.a << " / " << row.b;
+        EXPECT_EQ(StringCaseCompare(row.a, row.a + std::strlen(row.a), row.b, row.b + std::strlen(row.b)),
+                  row.caseResult);
+    }
+    EXPECT_EQ(StringCaseCompare(L"abc", L"ABCD"), -1);
+    EXPECT_EQ(StringCaseCompare(L"b", L"A"), 1);
+    EXPECT_EQ(StringExactCompare(L"\u00E9", L"\u00C9"), 0x20);
+    const wchar_t high[] = {0x7FFFFFFF, 0};
+    const wchar_t low[] = {-0x7FFFFFFF, 0};
+    EXPECT_EQ(StringExactCompare(high, low), INT_MAX);  // clamped
+    EXPECT_EQ(StringCaseCompare(static_cast<const char*>(nullptr), "a"), -1);
+    EXPECT_EQ(StringExactCompare("a\0b", "a\0b" + 3, "a\0c", "a\0c" + 3), -1);
+}
+
+TEST(StringCompare, Utf8DecodesCharacters) {
+    const auto* upper = reinterpret_cast<const unsigned char*>("\xC3\x89T\xC3\x89");  // ÉTÉ
+    const auto* lower = reinterpret_cast<const unsigned char*>("\xC3\xA9t\xC3\xA9");  // été
+    const auto* longer = reinterpret_cast<const unsigned char*>("\xC3\xA9t\xC3\xA9s!");
+    EXPECT_EQ(Utf8StringExactCompare(upper, upper + 5, lower, lower + 5), 0xC9 - 0xE9);
+    EXPECT_EQ(Utf8StringExactCompare(lower, lower + 5, longer, longer + 7), -2);
+    const CharacterAttributes<wchar_t> utf8("C.UTF-8");
+    EXPECT_EQ(Utf8StringCompareInternal(upper, upper + 5, lower, lower + 5, false, &utf8), 0);
+    const auto* bad = reinterpret_cast<const unsigned char*>("\xC3");
+    EXPECT_THROW(Utf8StringCaseInsensitiveCompare(bad, bad + 1, lower, lower + 5),
+                 zo::kel::exception::InvalidSequence);
+}
+
+}  // namespace
