@@ -1,0 +1,183 @@
+#include "tavlo/qkstatic/NumberToText.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "tavlo/qkstatic/DisplayFormats.h"
+#include "tavlo/qkstatic/SerialDate.h"
+#include "zo/kel/NumericCast.h"
+#include "zo/kel/TruncateToInt64.h"
+
+namespace {
+
+constexpr unsigned int kGeneralFormat = 0;
+constexpr unsigned int kFirstExponentFormat = 10;
+constexpr unsigned int kLastExponentFormat = 18;
+constexpr double kElapsedDaysLimit = 2147483647.0;
+constexpr long kNanosecondsPerDay = 86400000000000;
+constexpr unsigned int kWideTimeBufferSize = 32;
+
+bool ContainsExponent(const char* text) noexcept { return std::strchr(text, 'E') != nullptr; }
+
+int CleanedExponent(unsigned int format, char* buf, unsigned long size, int length) noexcept {
+    if (format < kFirstExponentFormat || format > kLastExponentFormat) return length;
+    // Only a text that was written in full has its exponent at the end.
+    if (static_cast<unsigned long>(length) >= size) return length;
+    return number_to_text_detail::RemoveExponentLeadingZeros(buf, length);
+}
+
+int PlainNumberText(unsigned int format, char* buf, unsigned long size, double value) {
+    int length = std::snprintf(buf, size, DisplayFormatAt(format).pattern, value);
+    if (length < 0) {
+        length = std::snprintf(buf, size, "%G", value);
+        if (length < 0) return SetOverflow(buf, size);
+        format = ContainsExponent(buf) ? kFirstExponentFormat : kGeneralFormat;
+    } else if (format == kGeneralFormat && ContainsExponent(buf)) {
+        format = kFirstExponentFormat;
+    }
+    return CleanedExponent(format, buf, size, length);
+}
+
+int CheckedLength(int length, char* buf, unsigned long size) { return length < 0 ? SetOverflow(buf, size) : length; }
+
+// x86 truncation keeps the low 32 bits of the 64-bit integer.
+int HexadecimalText(const DisplayFormat& row, char* buf, unsigned long size, double value) {
+    const auto low = static_cast<std::uint32_t>(static_cast<std::uint64_t>(zo::kel::TruncateToInt64(value)));
+    return CheckedLength(std::snprintf(buf, size, row.pattern, low), buf, size);
+}
+
+double ScaleOf(DisplayFormatKind kind) noexcept {
+    switch (kind) {
+        case DisplayFormatKind::Hours: return 24.0;
+        case DisplayFormatKind::Minutes: return 1440.0;
+        default: return 86400.0;
+    }
+}
+
+// Every field value a time or calendar pattern may print.
+struct PrintableFields {
+    std::uint32_t totalHours = 0;
+    std::uint32_t totalMinutes = 0;
+    BrokenDownDate date{};
+};
+
+unsigned int FieldValue(const PrintableFields& fields, DisplayField field) noexcept {
+    const BrokenDownDate& date = fields.date;
+    switch (field) {
+        case DisplayField::Year: return date.year;
+        case DisplayField::YearOfCentury: return date.year % 100u;
+        case DisplayField::Month: return date.month;
+        case DisplayField::Day: return date.day;
+        case DisplayField::Hour: return date.hour;
+        case DisplayField::Minute: return date.minute;
+        case DisplayField::Second: return date.second;
+        case DisplayField::Millisecond: return date.millisecond;
+        case DisplayField::Tenths: return date.millisecond / 100u;
+        case DisplayField::Hundredths: return date.millisecond / 10u;
+        case DisplayField::TotalHours: return fields.totalHours;
+        case DisplayField::TotalMinutes: return fields.totalMinutes;
+        case DisplayField::None: break;
+    }
+    return 0;
+}
+
+// Elapsed patterns print their first field with %lu, all others print %u;
+// arguments beyond a pattern's fields are ignored by snprintf.
+int FieldsText(const DisplayFormat& row, char* buf, unsigned long size, const PrintableFields& fields) {
+    unsigned int values[kDisplayFieldsMax];
+    std::transform(row.fields.begin(), row.fields.end(), values,
+                   [&fields](DisplayField field) { return FieldValue(fields, field); });
+    const int length =
+        row.kind == DisplayFormatKind::Elapsed
+            ? std::snprintf(buf, size, row.pattern, static_cast<unsigned long>(values[0]), values[1], values[2], values[3])
+            : std::snprintf(buf, size, row.pattern, values[0], values[1], values[2], values[3], values[4], values[5],
+                            values[6]);
+    return CheckedLength(length, buf, size);
+}
+
+int ElapsedText(const DisplayFormat& row, char* buf, unsigned long size, double value) {
+    if (!(value < kElapsedDaysLimit && value > -kElapsedDaysLimit)) return SetOverflow(buf, size);
+    const auto days = static_cast<std::uint32_t>(zo::kel::TruncateToInt64(value));
+    const ClockTime clock = SplitMilliseconds(MillisecondsOfDayFraction(value));
+    PrintableFields fields;
+    fields.date.hour = clock.hour;
+    fields.date.minute = clock.minute;
+    fields.date.second = clock.second;
+    fields.date.millisecond = clock.millisecond;
+    fields.totalHours = clock.hour + days * 24u;
+    fields.totalMinutes = clock.minute + days * 1440u + clock.hour * 60u;
+    return FieldsText(row, buf, size, fields);
+}
+
+int CalendarText(const DisplayFormat& row, char* buf, unsigned long size, double value) {
+    PrintableFields fields;
+    fields.date = BreakDownDayNumber(value);
+    return FieldsText(row, buf, size, fields);
+}
+
+}  // namespace
+
+namespace number_to_text_detail {
+
+int RemoveExponentLeadingZeros(char* text, int length) noexcept {
+    if (length < 3 || text[length - 3] != '0') return length;
+    char* firstZero = text + length - 3;
+    if (firstZero[1] != '0') {
+        firstZero[0] = firstZero[1];
+        firstZero[1] = firstZero[2];
+        firstZero[2] = '\0';
+        return length - 1;
+    }
+    firstZero[0] = firstZero[2];
+    firstZero[1] = '\0';
+    return length - 2;
+}
+
+}  // namespace number_to_text_detail
+
+int SetOverflow(char* buf, unsigned long size) {
+    const unsigned long count = buf == nullptr ? 0 : std::min(size, static_cast<unsigned long>(sizeof(szOverflow)));
+    if (count == 0) return 1;
+    std::memcpy(buf, szOverflow, count - 1);
+    buf[count - 1] = '\0';
+    // Kept as it always was: for two bytes or more the difference does not
+    // fit and the checked narrowing reports the overflow as OutOfRange.
+    return zo::kel::NumericCast<int>(1ul - count);
+}
+
+int NumberToText0(unsigned int format, char* buf, unsigned long size, double value) {
+    if (buf == nullptr || size == 0) return 0;
+    if (format >= kDisplayFormatCount) format = kGeneralFormat;
+    const DisplayFormat& row = DisplayFormatAt(format);
+    switch (row.kind) {
+        case DisplayFormatKind::Number:
+        case DisplayFormatKind::Exponent:
+        case DisplayFormatKind::ZeroPaddedInteger: return PlainNumberText(format, buf, size, value);
+        case DisplayFormatKind::Hexadecimal: return HexadecimalText(row, buf, size, value);
+        case DisplayFormatKind::Hours:
+        case DisplayFormatKind::Minutes:
+        case DisplayFormatKind::Seconds:
+            return CheckedLength(std::snprintf(buf, size, row.pattern, value * ScaleOf(row.kind)), buf, size);
+        case DisplayFormatKind::Elapsed: return ElapsedText(row, buf, size, value);
+        case DisplayFormatKind::Clock:
+        case DisplayFormatKind::Calendar: return CalendarText(row, buf, size, value);
+    }
+    return 0;
+}
+
+int TimeToText(long ns, int format, char* buf, unsigned int size) {
+    return NumberToText0(static_cast<unsigned int>(format), buf, size, static_cast<double>(ns) / 8.64e13);
+}
+
+int TimeToText(long ns, int format, wchar_t* buf, unsigned int size) {
+    char narrow[kWideTimeBufferSize] = {};
+    const double days = static_cast<double>(ns / kNanosecondsPerDay);
+    const int result = NumberToText0(static_cast<unsigned int>(format), narrow, sizeof(narrow), days);
+    if (buf == nullptr || size == 0) return result;
+    const std::size_t count = std::min<std::size_t>({size - 1u, kWideTimeBufferSize - 1, std::strlen(narrow)});
+    for (std::size_t i = 0; i < count; ++i) buf[i] = static_cast<wchar_t>(static_cast<signed char>(narrow[i]));
+    buf[count] = L'\0';
+    return result;
+}

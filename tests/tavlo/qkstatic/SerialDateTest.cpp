@@ -1,0 +1,85 @@
+#include "tavlo/qkstatic/SerialDate.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "zo/kel/Exception.h"
+
+namespace {
+
+struct DateRow {
+    double dayNumber;
+    BrokenDownDate expected;
+};
+
+TEST(SerialDate, BreaksDayNumbersDown) {
+    // year, dayOfYear, month, day, dayOfWeek, hour, minute, second, ms, daysInMonth, daysInYear
+    const DateRow rows[] = {
+        {0.0, {1900, 0, 1, 0, 7, 0, 0, 0, 0, 31, 366}},
+        {1.0, {1900, 1, 1, 1, 1, 0, 0, 0, 0, 31, 366}},
+        {60.0, {1900, 60, 2, 29, 4, 0, 0, 0, 0, 29, 366}},
+        {61.25, {1900, 61, 3, 1, 5, 6, 0, 0, 0, 31, 366}},
+        {366.0, {1900, 366, 12, 31, 2, 0, 0, 0, 0, 31, 366}},
+        {367.0, {1901, 1, 1, 1, 3, 0, 0, 0, 0, 31, 365}},
+        {1461.0, {1903, 365, 12, 31, 5, 0, 0, 0, 0, 31, 365}},
+        {1520.0, {1904, 59, 2, 28, 1, 0, 0, 0, 0, 29, 366}},
+        {45000.5 + 1234.0 / 8.64e7, {2023, 74, 3, 15, 4, 12, 0, 1, 234, 31, 365}},
+        {65535.999, {2079, 155, 6, 4, 1, 23, 58, 33, 600, 30, 365}},
+        {65536.0, {1900, 0, 1, 0, 7, 0, 0, 0, 0, 31, 366}},
+        {65537.5, {1900, 1, 1, 1, 1, 12, 0, 0, 0, 31, 366}},
+        {-1.0, {2079, 155, 6, 4, 1, 0, 0, 0, 0, 30, 365}},
+    };
+    for (const DateRow& row : rows) {
+        double dayNumber = row.dayNumber;
+        unsigned short fields[11];
+        GetDate0(&dayNumber, fields);
+        const unsigned short* expected = &row.expected.year;
+        for (int field = 0; field < 11; ++field) EXPECT_EQ(fields[field], expected[field]) << row.dayNumber << " field " << field;
+    }
+}
+
+TEST(SerialDate, NegativeTimeOfDayThrows) {
+    EXPECT_THROW(BreakDownDayNumber(-1.5), zo::kel::exception::OutOfRange);
+    EXPECT_THROW(BreakDownDayNumber(1e300), zo::kel::exception::OutOfRange);
+    EXPECT_THROW(SplitMilliseconds(-1), zo::kel::exception::OutOfRange);
+    EXPECT_THROW(SplitMilliseconds(3600000LL * 65536), zo::kel::exception::OutOfRange);
+    const ClockTime clock = SplitMilliseconds(3600000LL * 65535 + 61001);
+    EXPECT_EQ(clock.hour, 65535);
+    EXPECT_EQ(clock.minute, 1);
+    EXPECT_EQ(clock.second, 1);
+    EXPECT_EQ(clock.millisecond, 1);
+}
+
+TEST(SerialDate, DateDay0InvertsGetDate0OverTheWholeRange) {
+    EXPECT_EQ(DateDay0(1, 1, 1900), 1);
+    EXPECT_EQ(DateDay0(29, 2, 1900), 60);
+    EXPECT_EQ(DateDay0(1, 3, 1900), 61);
+    EXPECT_EQ(DateDay0(1, 1, 2000), 36526);
+    EXPECT_EQ(DateDay0(4, 6, 2079), 65535);
+    EXPECT_EQ(DateDay0(5, 6, 2079), 0);
+    for (unsigned int day = 1; day <= 65535; ++day) {
+        const BrokenDownDate date = BreakDownDayNumber(day);
+        ASSERT_EQ(DateDay0(date.day, date.month, date.year), day);
+    }
+}
+
+TEST(SerialDate, ConcurrentCallsAgree) {
+    auto work = [](double leapDay, unsigned short expectedDay) {
+        for (int i = 0; i < 2000; ++i) {
+            const BrokenDownDate date = BreakDownDayNumber(leapDay);
+            if (date.day != expectedDay) return false;
+        }
+        return true;
+    };
+    bool leapOk = false, plainOk = false;
+    std::thread leap([&] { leapOk = work(1520.0 + 1.0, 29); });      // 1904-02-29
+    std::thread plain([&] { plainOk = work(367.0 + 59.0, 1); });     // 1901-03-01
+    leap.join();
+    plain.join();
+    EXPECT_TRUE(leapOk);
+    EXPECT_TRUE(plainOk);
+}
+
+}  // namespace
