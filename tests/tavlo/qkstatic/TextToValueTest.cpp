@@ -1,0 +1,225 @@
+#include "tavlo/qkstatic/TextToValue.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <ctime>
+
+#include "tavlo/qkstatic/SerialDate.h"
+#include "zo/kel/Exception.h"
+
+namespace {
+
+using zo::kel::exception::OutOfRange;
+constexpr double kUntouched = -12345.678;
+
+struct Accepted {
+    const char* text;
+    double value;
+};
+
+void ExpectAccepted(int (*recognise)(const char*, double*), const Accepted& row) {
+    double out = kUntouched;
+    ASSERT_NE(recognise(row.text, &out), 0) << '"' << row.text << '"';
+    EXPECT_DOUBLE_EQ(out, row.value) << '"' << row.text << '"';
+}
+
+void ExpectRejected(int (*recognise)(const char*, double*), const char* text) {
+    double out = kUntouched;
+    EXPECT_EQ(recognise(text, &out), 0) << '"' << text << '"';
+    EXPECT_EQ(out, kUntouched) << '"' << text << '"';
+}
+
+TEST(AsciiToNumber, AcceptsDecimalExponentAndHexadecimal) {
+    const Accepted rows[] = {
+        {"0", 0.0},       {"12", 12.0},          {"  12", 12.0},      {"12  ", 12.0},     {"-12", -12.0},
+        {"+7", 7.0},      {"00012", 12.0},       {"1.5", 1.5},        {".5", 0.5},        {"5.", 5.0},
+        {"-.5", -0.5},    {"0.25", 0.25},        {"0x1F", 31.0},      {"0X1f", 31.0},     {"0xE", 14.0},
+        {"0xe", 14.0},    {"0x0", 0.0},          {"0x1ABCDEF", 28036591.0}, {"1e3", 1000.0}, {"1E+3", 1000.0},
+        {"1.5E-3", 0.0015}, {"0e5", 0.0},        {"1e05", 1e5},       {"1.5E3 ", 1500.0}, {"-0.25e1", -2.5},
+        {"1e- ", 1.0},    {"1e000000000000000005", 1e5}, {"123456789012", 123456789012.0},
+    };
+    for (const Accepted& row : rows) ExpectAccepted(AsciiToNumber, row);
+    double out = 0.0;
+    ASSERT_NE(AsciiToNumber("-0", &out), 0);
+    EXPECT_TRUE(std::signbit(out));
+    ASSERT_NE(AsciiToNumber("1e400", &out), 0);
+    EXPECT_TRUE(std::isinf(out));
+}
+
+TEST(AsciiToNumber, RejectsIncompleteAndForeignText) {
+    const char* rows[] = {"",     " ",    "-",    ".",     "1e",    "1e+",   "0x",   "0 ",   "0x1F ", "-0x1F",
+                          "1,5",  "1\t",  "12a",  "0x1G",  "1..2",  "1e1.5", "1 2",  "+-1",  "e5",    "0xx1",
+                          "1ee5", "abc",  "0x-1", "1 e5",  "1.5.",  "0xABC",  "1y",   "1/2",  "+",     "12 x"};
+    for (const char* text : rows) ExpectRejected(AsciiToNumber, text);
+    EXPECT_EQ(AsciiToNumber(nullptr, nullptr), 0);
+}
+
+TEST(AsciiToNumber, ExponentIsSixteenBitsChecked) {
+    double out = kUntouched;
+    EXPECT_NE(AsciiToNumber("1e-65535", &out), 0);
+    EXPECT_EQ(out, 0.0);
+    out = kUntouched;
+    EXPECT_THROW(AsciiToNumber("1e65536", &out), OutOfRange);
+    EXPECT_EQ(out, kUntouched);
+}
+
+TEST(AsciiToDays, AcceptsOneToFourGroups) {
+    const Accepted rows[] = {
+        {"", 0.0},
+        {"   ", 0.0},
+        {"30", 30.0 / 86400},
+        {"1:30", 1.0 / 1440 + 30.0 / 86400},
+        {"12:30", 750.0 / 86400},
+        {"1:00:00:00", 1.0},
+        {"25:00:00", 25.0 / 24},
+        {"1:02:03.5", 1.0 / 24 + 2.0 / 1440 + 3.5 / 86400},
+        {"2:23:59:59.75", 2.0 + 23.0 / 24 + 59.0 / 1440 + 59.75 / 86400},
+        {"5:", 5.0 / 1440},
+        {"1::", 1.0 / 24},
+        {":5", 5.0 / 86400},
+        {".5", 0.5 / 86400},
+        {"5.", 5.0 / 86400},
+        {" 1:30  ", 1.0 / 1440 + 30.0 / 86400},
+        {"0:0:1.9", 1.9 / 86400},
+        {"90:59", 90.0 / 1440 + 59.0 / 86400},
+    };
+    for (const Accepted& row : rows) ExpectAccepted(AsciiToDays, row);
+}
+
+TEST(AsciiToDays, RejectsReachedLimitsAndBadShapes) {
+    const char* rows[] = {"1:24:00:00", "1:60",     "1:2:60",   "1:60:00", "0:0:0:60", "1:2:3:4:5", ":",   ".",
+                          "::",         "1.5:3",    "1 2",      "1:2 3",   "a",        "-1",        "1.2.3", "1,5",
+                          "12:30 x",    "1:00:00:00:"};
+    for (const char* text : rows) ExpectRejected(AsciiToDays, text);
+}
+
+int DateTimeMDY(const char* text, double* out) { return AsciiToDateTime(text, out, 0); }
+int DateTimeDMY(const char* text, double* out) { return AsciiToDateTime(text, out, 53); }
+int DateTimeYMD(const char* text, double* out) { return AsciiToDateTime(text, out, 70); }
+
+TEST(AsciiToDateTime, FieldOrderFollowsTheFormat) {
+    ExpectAccepted(DateTimeMDY, {"03/01/1900", 61.0});
+    ExpectAccepted(DateTimeDMY, {"01/03/1900", 61.0});
+    ExpectAccepted(DateTimeYMD, {"1900-03-01", 61.0});
+    ExpectAccepted(DateTimeYMD, {"1900/03/01", 61.0});
+    ExpectAccepted(DateTimeMDY, {"1900-03-01", 61.0});
+    // With '-' the day/month/year order reads month-year-day.
+    ExpectAccepted(DateTimeDMY, {"03-1900-01", 61.0});
+    ExpectRejected(DateTimeDMY, "1900-03-01");
+    ExpectRejected(DateTimeMDY, "03-01-1900");
+    double out = 0.0;
+    for (int format : {51, 55, 67, 69, 76}) {
+        ASSERT_NE(AsciiToDateTime("01/03/1900", &out, format), 0) << format;
+        EXPECT_EQ(out, 61.0);
+    }
+    for (int format : {71, 72, 74}) {
+        ASSERT_NE(AsciiToDateTime("1900/03/01", &out, format), 0) << format;
+        EXPECT_EQ(out, 61.0);
+    }
+    for (int format : {-1, 46, 50, 64, 75, 77, 1000}) {
+        ASSERT_NE(AsciiToDateTime("03/01/1900", &out, format), 0) << format;
+        EXPECT_EQ(out, 61.0);
+    }
+}
+
+TEST(AsciiToDateTime, CalendarRules) {
+    ExpectAccepted(DateTimeMDY, {"02/29/1900", 60.0});
+    ExpectAccepted(DateTimeMDY, {"02/29/2000", 36585.0});
+    ExpectAccepted(DateTimeMDY, {"02/29/2004", 38046.0});
+    ExpectAccepted(DateTimeMDY, {"12/31/2078", static_cast<double>(DateDay0(31, 12, 2078))});
+    ExpectAccepted(DateTimeMDY, {" 3/1/1900", 61.0});
+    const char* rejected[] = {"02/29/2001", "12/31/2079", "01/01/1899", "01/01/0100", "13/01/2000", "00/01/2000",
+                              "04/31/2000", "01/00/2000", "03-01/1900", "03/01/19/00", "0301", "/",
+                              "//",         "03/01/1900x", "03:01",     "03.01.1900", "1900-03",     ""};
+    for (const char* text : rejected) ExpectRejected(DateTimeMDY, text);
+}
+
+unsigned int LocalYear() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    return static_cast<unsigned int>(local.tm_year + 1900);
+}
+
+TEST(AsciiToDateTime, TwoDigitYearsAndMissingYearsFollowTheCurrentYear) {
+    const unsigned int current = LocalYear();
+    char text[32];
+    std::snprintf(text, sizeof(text), "01/01/%02u", (current + 49) % 100);
+    ExpectAccepted(DateTimeMDY, {text, static_cast<double>(DateDay0(1, 1, current + 49))});
+    std::snprintf(text, sizeof(text), "01/01/%02u", (current + 50) % 100);
+    ExpectAccepted(DateTimeMDY, {text, static_cast<double>(DateDay0(1, 1, current - 50))});
+    ExpectAccepted(DateTimeMDY, {"03/01", static_cast<double>(DateDay0(1, 3, current))});
+    ExpectAccepted(DateTimeDMY, {"01/03", static_cast<double>(DateDay0(1, 3, current))});
+}
+
+TEST(AsciiToDateTime, ClockTimeAfterOneSpace) {
+    const Accepted rows[] = {
+        {"03/01/1900 12:00", 61.5},
+        {"03/01/1900 12:00  ", 61.5},
+        {"03/01/1900 :30", 61.0 + 30.0 / 1440},
+        {"03/01/1900 23:59:59", 61.0 + 59.0 / 86400 + 59.0 / 1440 + 23.0 / 24},
+        {"03/01/1900 12:00:30.5", 61.0 + (500 / 8.64e7 + 30.0 / 86400 + 0.5)},
+        {"03/01/1900 12:00:30.123", 61.0 + (123 / 8.64e7 + 30.0 / 86400 + 0.5)},
+        {"03/01/1900 12:00:30.05", 61.0 + (50 / 8.64e7 + 30.0 / 86400 + 0.5)},
+    };
+    for (const Accepted& row : rows) ExpectAccepted(DateTimeMDY, row);
+    const char* rejected[] = {"03/01/1900 ",         "03/01/1900  ",       "03/01/1900 12",      "03/01/1900 24:00",
+                              "03/01/1900 12:60",    "03/01/1900 12:00:60", "03/01/1900 12:00:30.",
+                              "03/01/1900 12:00:30.1234", "03/01/1900 12:00:00:00", "03/01/1900 :",
+                              "03/01/1900 12.5",     "03/01/1900 12:00 1", "03/01/1900 12:00pm"};
+    for (const char* text : rejected) ExpectRejected(DateTimeMDY, text);
+}
+
+TEST(AsciiToDateTime, FieldsBeyondSixteenBitsThrow) {
+    double out = kUntouched;
+    EXPECT_THROW(AsciiToDateTime("99999/1/1", &out, 0), OutOfRange);
+    EXPECT_THROW(AsciiToDateTime("1/1/2000 99999:00", &out, 0), OutOfRange);
+    EXPECT_THROW(AsciiToDateTime("03011900", &out, 0), OutOfRange);
+    EXPECT_EQ(out, kUntouched);
+    EXPECT_EQ(AsciiToDateTime("65535/1/1", &out, 0), 0);
+}
+
+TEST(TextToNumber0, TriesNumberThenElapsedThenDate) {
+    double out = kUntouched;
+    EXPECT_FALSE(TextToNumber0("", &out, 0));
+    EXPECT_FALSE(TextToNumber0(nullptr, &out, 0));
+    EXPECT_FALSE(TextToNumber0(".", &out, 0));
+    EXPECT_FALSE(TextToNumber0("abc", &out, 0));
+    EXPECT_EQ(out, kUntouched);
+    ASSERT_TRUE(TextToNumber0("12", &out, 0));
+    EXPECT_EQ(out, 12.0);
+    ASSERT_TRUE(TextToNumber0("12:30", &out, 0));
+    EXPECT_DOUBLE_EQ(out, 750.0 / 86400);
+    ASSERT_TRUE(TextToNumber0("01/03/1900", &out, 53));
+    EXPECT_EQ(out, 61.0);
+    ASSERT_TRUE(TextToNumber0("  ", &out, 0));
+    EXPECT_EQ(out, 0.0);
+}
+
+TEST(IsTimeText, DaysOrDateAsDaysOrNanoseconds) {
+    double days = kUntouched;
+    EXPECT_TRUE(IsTimeText("", days));
+    EXPECT_EQ(days, 0.0);
+    EXPECT_TRUE(IsTimeText("03/01/1900 12:00", days));
+    EXPECT_EQ(days, 61.5);
+    days = kUntouched;
+    EXPECT_FALSE(IsTimeText(".", days));
+    EXPECT_EQ(days, kUntouched);
+
+    long ns = -1;
+    EXPECT_TRUE(IsTimeText("0:0:1.9", ns));
+    EXPECT_EQ(ns, 1000000000);
+    EXPECT_TRUE(IsTimeText("03/01/1900 12:00", ns));
+    EXPECT_EQ(ns, 5313600000000000);
+    ns = -1;
+    EXPECT_FALSE(IsTimeText("x", ns));
+    EXPECT_EQ(ns, -1);
+
+    double number = kUntouched;
+    EXPECT_TRUE(IsNumericText("0x1F", number));
+    EXPECT_EQ(number, 31.0);
+    EXPECT_FALSE(IsNumericText("12:30", number));
+}
+
+}  // namespace
