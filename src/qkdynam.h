@@ -3,6 +3,9 @@
 
 #include "qkdynam_platform.h"
 
+#include "zo/kel/AutoBuffer.h"
+#include "zo/kel/BufferWrapper.h"
+#include "zo/kel/ByteForm.h"
 #include "zo/kel/DLLMalloc.h"
 #include "zo/kel/Exception.h"
 #include "zo/kel/NumericCast.h"
@@ -10,6 +13,7 @@
 #include "zo/kel/SourceSite.h"
 #include "zo/kel/StringBase.h"
 #include "zo/kel/Utf8.h"
+#include "zo/kel/Vector.h"
 #include "zo/kel/osdep/Assertion.h"
 #include "zo/kel/osdep/AtomicInt.h"
 #include "zo/kel/osdep/CharacterAttributes.h"

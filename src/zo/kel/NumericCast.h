@@ -26,11 +26,13 @@ constexpr To NumericCast(SafeInteger<From> value) {
 // A floating value converts when it is a number whose integral part fits.
 template <std::integral To, std::floating_point From>
 constexpr To NumericCast(From value) {
+    // min() and max() + 1 are powers of two (or zero) and so exact in any
+    // floating type; min() - 1 is not always, hence the test on the integral part.
     constexpr auto kLowest = static_cast<From>(std::numeric_limits<To>::min());
-    // max() + 1 is a power of two and so exact in any floating type.
     constexpr auto kPastHighest = (static_cast<From>(std::numeric_limits<To>::max() / 2 + 1)) * From(2);
-    if (!(value > kLowest - From(1) && value < kPastHighest)) ZO_THROW(exception::OutOfRange);
-    return static_cast<To>(value);
+    const From integralPart = std::trunc(value);
+    if (!(integralPart >= kLowest && integralPart < kPastHighest)) ZO_THROW(exception::OutOfRange);
+    return static_cast<To>(integralPart);
 }
 
 }  // namespace zo::kel

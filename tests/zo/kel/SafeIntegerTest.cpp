@@ -61,6 +61,11 @@ TEST(NumericCast, ChecksEveryNarrowing) {
     EXPECT_THROW(NumericCast<std::uint32_t>(4294967296.0), OutOfRange);
     EXPECT_THROW(NumericCast<std::int32_t>(-2147483649.0), OutOfRange);
     EXPECT_THROW(NumericCast<std::int32_t>(std::numeric_limits<double>::quiet_NaN()), OutOfRange);
+    // The lowest value of a 64-bit type is exact in double, one below it is not.
+    EXPECT_EQ(NumericCast<std::int64_t>(-9223372036854775808.0), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(NumericCast<std::int32_t>(-2147483648.0f), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(NumericCast<std::uint8_t>(-0.75), 0u);
+    EXPECT_THROW(NumericCast<std::int64_t>(9223372036854775808.0), OutOfRange);
     try {
         NumericCast<std::uint8_t>(300);
     } catch (const OutOfRange& caught) {

@@ -1,0 +1,11 @@
+#include "zo/kel/Vector.h"
+
+namespace zo::kel {
+
+template class Vector<unsigned char>;
+template class Vector<unsigned short>;
+template class Vector<unsigned int>;
+template class Vector<double>;
+template class Vector<BufferWrapper>;
+
+}  // namespace zo::kel
