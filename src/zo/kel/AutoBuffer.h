@@ -75,6 +75,9 @@ public:
     // Appends the n bytes last first: the byte-swapping primitive of the
     // big-endian forms.
     void appendReverseByteOrder(const void* bytes, unsigned int n);
+    // The bytes, writable in place (null for a buffer that owns nothing):
+    // how a byte form is written into room made by Skip.
+    unsigned char* WritableData() { return guts_ ? unshared().data : nullptr; }
     // Writes n bytes at `offset` without moving the end: bytes past the end
     // belong to the contents only once Skip moves the end over them.
     void Modify(unsigned int offset, const void* bytes, unsigned int n);

@@ -103,6 +103,7 @@ TEST(AutoBuffer, EveryWriteUnsharesFirst) {
     EXPECT_TRUE(unchangedAfter([](AutoBuffer& b) { b.Skip(2); }));
     EXPECT_TRUE(unchangedAfter([](AutoBuffer& b) { b.appendReverseByteOrder("12", 2); }));
     EXPECT_TRUE(unchangedAfter([](AutoBuffer& b) { b.Reserve(1000); }));
+    EXPECT_TRUE(unchangedAfter([](AutoBuffer& b) { b.WritableData()[0] = 'X'; }));
     EXPECT_TRUE(unchangedAfter([](AutoBuffer& b) { b = BufferWrapper(reinterpret_cast<const unsigned char*>("q"), 1); }));
 
     // Erase of a shared buffer lets go; the other holder keeps its bytes.

@@ -1,0 +1,40 @@
+// AutoBuffer::deserialize over arbitrary bytes: a rejected input leaves the
+// buffer and the cursor as they were; an accepted one re-encodes to exactly
+// the bytes consumed.
+#include <cstdint>
+#include <vector>
+
+#include "FuzzCheck.h"
+#include "zo/kel/AutoBuffer.h"
+
+using fuzzcheck::Require;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<unsigned char> input = fuzzcheck::ExactCopy(data, size);
+    const unsigned char* const begin = input.data();
+    const unsigned char* const end = begin + input.size();
+
+    const unsigned char previous[] = {'o', 'l', 'd'};
+    zo::kel::AutoBuffer buffer(previous, sizeof previous);
+    const zo::kel::AutoBuffer sharer = buffer;
+    const unsigned char* cursor = begin;
+    try {
+        buffer.deserialize(cursor, end);
+    } catch (const zo::kel::exception::DeserializationError&) {
+        Require(cursor == begin && buffer == sharer && buffer.Len() == 3);
+        return 0;
+    }
+    Require(sharer.Len() == 3);
+
+    std::vector<unsigned char> encoded(buffer.serializationSize());
+    unsigned char* write = encoded.data();
+    buffer.serialize(write, encoded.data() + encoded.size());
+    Require(write == encoded.data() + encoded.size());
+    Require(encoded == std::vector<unsigned char>(begin, cursor));
+
+    zo::kel::AutoBuffer again;
+    const unsigned char* reread = encoded.data();
+    again.deserialize(reread, encoded.data() + encoded.size());
+    Require(again == buffer && reread == encoded.data() + encoded.size());
+    return 0;
+}

@@ -1,0 +1,38 @@
+// BufferWrapper::deserialize over arbitrary bytes: an accepted input leaves a
+// view inside the input that re-encodes to exactly the bytes consumed; a
+// rejected one leaves the wrapper and the cursor as they were.
+#include <cstdint>
+#include <vector>
+
+#include "FuzzCheck.h"
+#include "zo/kel/BufferWrapper.h"
+
+using fuzzcheck::Require;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<unsigned char> input = fuzzcheck::ExactCopy(data, size);
+    const unsigned char* const begin = input.data();
+    const unsigned char* const end = begin + input.size();
+
+    const unsigned char previous[] = {'o', 'l', 'd'};
+    zo::kel::BufferWrapper wrapper(previous, sizeof previous);
+    const unsigned char* cursor = begin;
+    try {
+        wrapper.deserialize(cursor, end);
+    } catch (const zo::kel::exception::DeserializationError&) {
+        Require(cursor == begin && wrapper.Data() == previous && wrapper.Len() == 3);
+        return 0;
+    }
+    Require(wrapper.Data() == begin + 4 && wrapper.Data() + wrapper.Len() == cursor && cursor <= end);
+
+    std::vector<unsigned char> encoded(wrapper.serializationSize());
+    unsigned char* write = encoded.data();
+    wrapper.serialize(write, encoded.data() + encoded.size());
+    Require(encoded == std::vector<unsigned char>(begin, cursor));
+
+    zo::kel::BufferWrapper again;
+    const unsigned char* reread = encoded.data();
+    again.deserialize(reread, encoded.data() + encoded.size());
+    Require(again == wrapper && reread == encoded.data() + encoded.size());
+    return 0;
+}
