@@ -13,7 +13,8 @@ namespace {
 
 // Field sizes of a typical record: counts, tags, numbers, short texts.
 constexpr std::array<unsigned int, 16> kAppendSizes{4, 2, 8, 1, 4, 16, 4, 3, 8, 2, 12, 1, 4, 8, 6, 16};
-constexpr std::array<unsigned char, 16> kSource{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+// Larger than any append, so no size is read past its end.
+constexpr std::array<unsigned char, 32> kSource{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
 
 template <typename Append>
 void Fill(std::size_t target, Append append) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -15,6 +16,32 @@
 #include "zo/kel/osdep/AtomicInt.h"
 
 namespace zo::kel {
+namespace detail {
+
+// Copies 1 to 16 bytes with at most two overlapping loads and stores of one
+// width, inline: the byte forms append mostly fields of that size, and a
+// library memcpy call costs more than the copy.
+inline void CopySmall(unsigned char* to, const unsigned char* from, unsigned int n) noexcept {
+    const auto copyPair = [&]<typename Word>(Word) {
+        Word head, tail;
+        std::memcpy(&head, from, sizeof(Word));
+        std::memcpy(&tail, from + n - sizeof(Word), sizeof(Word));
+        std::memcpy(to, &head, sizeof(Word));
+        std::memcpy(to + n - sizeof(Word), &tail, sizeof(Word));
+    };
+    if (n >= 8) {
+        copyPair(std::uint64_t{});
+    } else if (n >= 4) {
+        copyPair(std::uint32_t{});
+    } else {
+        const unsigned char first = from[0], middle = from[n / 2], last = from[n - 1];
+        to[0] = first;
+        to[n / 2] = middle;
+        to[n - 1] = last;
+    }
+}
+
+}  // namespace detail
 
 // The shared storage. `capacity` is what the block really holds, so the
 // block of an unshared copy is as large as the capacity it records.
@@ -66,7 +93,11 @@ public:
     void Append(const void* bytes, unsigned int n) {
         if (n == 0) return;
         if (AutoBufferGuts* guts = guts_; guts && n <= guts->room() && guts->refCount == 1) {
-            std::memcpy(guts->dataEnd, bytes, n);
+            if (n <= 16) {
+                detail::CopySmall(guts->dataEnd, static_cast<const unsigned char*>(bytes), n);
+            } else {
+                std::memcpy(guts->dataEnd, bytes, n);
+            }
             guts->dataEnd += n;
             return;
         }

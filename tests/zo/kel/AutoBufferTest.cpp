@@ -57,6 +57,18 @@ TEST(AutoBuffer, GrowthKeepsTenPercentWithAFloorOf128) {
     EXPECT_EQ(null.Data(), nullptr);
 }
 
+TEST(AutoBuffer, AppendsOfEverySmallSizeKeepEveryByte) {
+    std::array<unsigned char, 40> source{};
+    for (unsigned int i = 0; i < source.size(); ++i) source[i] = static_cast<unsigned char>(i * 7 + 1);
+    AutoBuffer buffer;
+    Bytes expected;
+    for (unsigned int n = 1; n <= source.size(); ++n) {
+        buffer.Append(source.data(), n);
+        expected.insert(expected.end(), source.begin(), source.begin() + n);
+    }
+    EXPECT_EQ(Contents(buffer), expected);
+}
+
 TEST(AutoBuffer, CopiesShareUntilWritten) {
     AutoBuffer source = FromText("abc");
     AutoBuffer copy = source;
