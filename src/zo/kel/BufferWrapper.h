@@ -4,6 +4,7 @@
 #pragma once
 
 #include "qkdynam_platform.h"
+#include "zo/kel/Exception.h"
 
 namespace zo::kel {
 
