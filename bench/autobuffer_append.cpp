@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "support/RatioReporter.h"
 #include "zo/kel/AutoBuffer.h"
 
 namespace {
@@ -51,4 +52,4 @@ BENCHMARK(BM_StdVectorInsert)->Arg(1 << 10)->Arg(64 << 10)->Arg(4 << 20);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+QKDYNAM_BENCHMARK_MAIN({{"BM_AutoBufferAppend", "BM_StdVectorInsert"}})
