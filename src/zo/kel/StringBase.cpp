@@ -347,7 +347,7 @@ void STRING_BASE::swap(StringBase& other) noexcept {
 // ---- appending ---------------------------------------------------------
 
 STRING_BASE_TEMPLATE
-STRING_BASE& STRING_BASE::append(const Char* text, unsigned int count) {
+STRING_BASE& STRING_BASE::appendGrowing(const Char* text, unsigned int count) {
     if (!text || count == 0) return *this;
     if (static_cast<std::size_t>(capacityEnd_ - end_) < count) {
         const bool fromOwnBegin = text == begin_;

@@ -6,6 +6,9 @@
 // zo::kel::exception family and leave the string valid.
 #pragma once
 
+#include <cstddef>
+#include <cstring>
+
 #include "qkdynam_platform.h"
 
 namespace zo::kel {
@@ -85,7 +88,16 @@ public:
     StringBase& append(const OtherString& text);
     StringBase& append(const OtherString& text, unsigned int pos, unsigned int count);
     StringBase& append(const Char* text);
-    StringBase& append(const Char* text, unsigned int count);
+    StringBase& append(const Char* text, unsigned int count) {
+        // The fast path of the hot appends; growth happens out of line.
+        if (text && count <= static_cast<std::size_t>(capacityEnd_ - end_)) {
+            std::memmove(end_, text, count * sizeof(Char));
+            end_ += count;
+            *end_ = Char();
+            return *this;
+        }
+        return appendGrowing(text, count);
+    }
     StringBase& append(const OtherChar* text);
     StringBase& append(const OtherChar* text, unsigned int count);
     StringBase& append(unsigned int count, Char character);
@@ -93,7 +105,7 @@ public:
     StringBase& operator+=(const OtherString& text) { return append(text); }
     StringBase& operator+=(const Char* text) { return append(text); }
     StringBase& operator+=(const OtherChar* text) { return append(text); }
-    StringBase& operator+=(Char character) { return append(1u, character); }
+    StringBase& operator+=(Char character) { return append(&character, 1u); }
 
     friend StringBase operator+(const StringBase& left, const StringBase& right) { return StringBase(left, right); }
     friend StringBase operator+(const StringBase& left, const OtherString& right) { return Joined(left, right); }
@@ -183,6 +195,7 @@ private:
     void adopt(Char* block, unsigned int length, unsigned int capacity) noexcept;
     void setLength(unsigned int length) noexcept;
     void grow(unsigned int required);
+    StringBase& appendGrowing(const Char* text, unsigned int count);
     void reallocateExactly(unsigned int capacity);
     void applyStrategy(BufferStrategy strategy);
     void assignCharacters(const Char* text, unsigned int count);

@@ -70,6 +70,52 @@ bool EightAscii(const unsigned char* at) {
     return (word & kHighBits) == 0;
 }
 
+// Decodes [first, last) into `out` (when kStore) until the input ends or
+// `room` characters are done; returns the number of characters. The common
+// forms are decoded inline; the rare ones and every error go to DecodeOne.
+template <bool kStore>
+std::size_t Decode(const unsigned char* first, const unsigned char* last, wchar_t* out, std::size_t room) {
+    std::size_t count = 0;
+    while (first < last && count < room) {
+        const unsigned lead = *first;
+        const std::ptrdiff_t left = last - first;
+        if (lead < 0x80) {
+            if (left >= 8 && room - count >= 8 && EightAscii(first)) {
+                if constexpr (kStore) {
+                    for (int i = 0; i < 8; ++i) out[count + i] = first[i];
+                }
+                first += 8;
+                count += 8;
+                continue;
+            }
+            if constexpr (kStore) out[count] = static_cast<wchar_t>(lead);
+            ++first;
+            ++count;
+            continue;
+        }
+        if (lead - 0xC2u < 0x1Eu && left >= 2 && IsContinuation(first[1])) {
+            if constexpr (kStore) out[count] = static_cast<wchar_t>(((lead & 0x1Fu) << 6) | (first[1] & 0x3Fu));
+            first += 2;
+            ++count;
+            continue;
+        }
+        if ((lead & 0xF0u) == 0xE0u && left >= 3 && IsContinuation(first[1]) && IsContinuation(first[2]) &&
+            (lead != 0xE0u || first[1] >= 0xA0u)) {
+            if constexpr (kStore) {
+                out[count] = static_cast<wchar_t>(((lead & 0x0Fu) << 12) | ((first[1] & 0x3Fu) << 6) |
+                                                  (first[2] & 0x3Fu));
+            }
+            first += 3;
+            ++count;
+            continue;
+        }
+        const wchar_t character = DecodeOne(first, last);
+        if constexpr (kStore) out[count] = character;
+        ++count;
+    }
+    return count;
+}
+
 unsigned EncodedLength(wchar_t character) {
     const auto value = static_cast<std::uint32_t>(character);
     if (value < 0x80) return 1;
@@ -99,31 +145,12 @@ void EncodeOne(wchar_t character, unsigned length, unsigned char* out) {
 }  // namespace
 
 unsigned int GetUtf8StringLength(const unsigned char* first, const unsigned char* last) {
-    std::size_t count = 0;
-    while (first < last) {
-        if (last - first >= 8 && EightAscii(first)) {
-            first += 8;
-            count += 8;
-            continue;
-        }
-        DecodeOne(first, last);
-        ++count;
-    }
-    return NumericCast<unsigned int>(count);
+    return NumericCast<unsigned int>(Decode<false>(first, last, nullptr, SIZE_MAX));
 }
 
 wchar_t* Utf8ToWide(const unsigned char* first, const unsigned char* last, wchar_t* outFirst, wchar_t* outLast) {
-    wchar_t* out = outFirst;
-    while (first < last && out < outLast) {
-        if (last - first >= 8 && outLast - out >= 8 && EightAscii(first)) {
-            for (int i = 0; i < 8; ++i) out[i] = first[i];
-            first += 8;
-            out += 8;
-            continue;
-        }
-        *out++ = DecodeOne(first, last);
-    }
-    return out;
+    const std::size_t room = outFirst && outLast > outFirst ? static_cast<std::size_t>(outLast - outFirst) : 0;
+    return outFirst + Decode<true>(first, last, outFirst, room);
 }
 
 StringBase<wchar_t, char, wchar_t> Utf8ToWide(const unsigned char* bytes, unsigned int length) {

@@ -21,6 +21,7 @@ unsigned int SerializeUtf16::GetUtf16SerializationSize(const WideString& text) {
 }
 
 unsigned char* SerializeUtf16::SerializeAsUtf16(const WideString& text, unsigned char* out, unsigned char* outEnd) {
+    if (text.empty()) return out;
     if (!out || outEnd < out) ZO_THROW(exception::InvalidArgument);
     unsigned char* written = outEnd;
     detail::IConv(text.begin(), text.end(), kWideCharset, out, written, kUtf16Charset, true);

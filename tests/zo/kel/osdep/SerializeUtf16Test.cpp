@@ -22,6 +22,7 @@ TEST(SerializeUtf16, LittleEndianUnitsAndSurrogatePairs) {
     EXPECT_EQ(SerializeUtf16::DeserializeFromUtf16(out.data(), out.data() + out.size()).exactCompare(text), 0);
     EXPECT_THROW(SerializeUtf16::SerializeAsUtf16(text, out.data(), out.data() + 7), BufferOverflow);
     EXPECT_TRUE(SerializeUtf16::DeserializeFromUtf16(out.data(), out.data()).empty());
+    EXPECT_EQ(SerializeUtf16::SerializeAsUtf16(WideString(), nullptr, nullptr), nullptr);
 }
 
 TEST(SerializeUtf16, RejectsWhatUtf16CannotCarry) {

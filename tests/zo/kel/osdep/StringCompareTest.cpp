@@ -26,6 +26,8 @@ const CompareRow kRows[] = {
     {"", "", 0, 0},
     {"abcdefghijklmnopq", "abcdefghijklmnopr", -1, -1},  // past the eight-byte stride
     {"same text, longer", "same text", 8, 8},
+    {"ABCDEFGH\xE9jklmnop", "abcdefgh\xE9JKLMNOQ", 'P' - 'Q', 'A' - 'a'},  // a non-ASCII byte mid-word
+    {"0123456789abcdeF", "0123456789ABCDEF", 0, 'a' - 'A'},
     {"\xE9", "e", 0xE9 - 'E', 0xE9 - 'e'},  // bytes compare unsigned
 };
 
