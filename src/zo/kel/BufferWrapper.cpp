@@ -6,6 +6,7 @@
 #include "zo/kel/AutoBuffer.h"
 #include "zo/kel/ByteForm.h"
 #include "zo/kel/NumericCast.h"
+#include "zo/kel/StringBase.h"
 
 namespace zo::kel {
 
@@ -13,6 +14,9 @@ BufferWrapper::BufferWrapper(const unsigned char* first, const unsigned char* la
     : data_(first), length_(NumericCast<unsigned int>(last - first)) {}
 
 BufferWrapper::BufferWrapper(const AutoBuffer& buffer) : data_(buffer.Data()), length_(buffer.Len()) {}
+
+BufferWrapper::BufferWrapper(const NarrowString& text) noexcept
+    : data_(reinterpret_cast<const unsigned char*>(text.c_str())), length_(text.length()) {}
 
 unsigned int BufferWrapper::serializationSize() const noexcept { return byteform::SaturatedFormSize(length_); }
 

@@ -9,6 +9,8 @@
 namespace zo::kel {
 
 class AutoBuffer;
+template <typename Char, typename OtherChar, typename WideChar>
+class StringBase;
 
 class QKDYNAM_API BufferWrapper {
 public:
@@ -20,6 +22,8 @@ public:
     // The range [first, last); throws OutOfRange when it is longer than 32 bits.
     BufferWrapper(const unsigned char* first, const unsigned char* last);
     BufferWrapper(const AutoBuffer& buffer);
+    // The characters of a narrow string, without its terminator.
+    BufferWrapper(const StringBase<char, wchar_t, wchar_t>& text) noexcept;
 
     const unsigned char* Data() const noexcept { return data_; }
     unsigned int Len() const noexcept { return length_; }

@@ -19,6 +19,7 @@
 #include "zo/kel/DLLMalloc.h"
 #include "zo/kel/Exception.h"
 #include "zo/kel/SafeInteger.h"
+#include "zo/kel/StringBase.h"
 
 namespace zo::kel {
 namespace detail {
@@ -31,15 +32,23 @@ inline constexpr bool kIsRawElement = std::is_arithmetic_v<T>;
 // The fewest bytes one element's form can take, which bounds a declared
 // count by the input left before anything is allocated for it.
 template <typename T>
-constexpr unsigned int MinimumElementFormSize() {
-    if constexpr (kIsRawElement<T>) {
-        return sizeof(T);
-    } else if constexpr (requires { T::kMinimumSerializationSize; }) {
-        return T::kMinimumSerializationSize;
-    } else {
-        return 1;
-    }
-}
+struct MinimumElementForm {
+    static constexpr unsigned int kSize = [] {
+        if constexpr (kIsRawElement<T>) {
+            return static_cast<unsigned int>(sizeof(T));
+        } else if constexpr (requires { T::kMinimumSerializationSize; }) {
+            return T::kMinimumSerializationSize;
+        } else {
+            return 1u;
+        }
+    }();
+};
+
+// Every string form starts with its count.
+template <typename Char, typename OtherChar, typename WideChar>
+struct MinimumElementForm<StringBase<Char, OtherChar, WideChar>> {
+    static constexpr unsigned int kSize = byteform::kCountSize;
+};
 
 }  // namespace detail
 
@@ -275,7 +284,7 @@ void Vector<T>::deserialize(const unsigned char*& cursor, const unsigned char* l
     if (byteform::Room(read, limit) < byteform::kCountSize) ZO_THROW(exception::DeserializationError);
     const unsigned int count = byteform::LoadCount(read);
     read += byteform::kCountSize;
-    if (count > byteform::Room(read, limit) / detail::MinimumElementFormSize<T>()) {
+    if (count > byteform::Room(read, limit) / detail::MinimumElementForm<T>::kSize) {
         ZO_THROW(exception::DeserializationError);
     }
     Impl fresh(count);
@@ -296,5 +305,7 @@ extern template class QKDYNAM_API Vector<unsigned short>;
 extern template class QKDYNAM_API Vector<unsigned int>;
 extern template class QKDYNAM_API Vector<double>;
 extern template class QKDYNAM_API Vector<BufferWrapper>;
+extern template class QKDYNAM_API Vector<NarrowString>;
+extern template class QKDYNAM_API Vector<WideString>;
 
 }  // namespace zo::kel

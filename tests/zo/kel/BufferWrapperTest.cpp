@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "zo/kel/AutoBuffer.h"
+#include "zo/kel/StringBase.h"
 
 namespace {
 
@@ -47,6 +48,11 @@ TEST(BufferWrapper, ViewsWithoutCopying) {
     const BufferWrapper range(bytes.data() + 1, bytes.data() + 4);
     EXPECT_EQ(range.Data(), bytes.data() + 1);
     EXPECT_EQ(range.Len(), 3u);
+
+    const zo::kel::NarrowString text("text");
+    const BufferWrapper characters(text);
+    EXPECT_EQ(characters.Data(), reinterpret_cast<const unsigned char*>(text.c_str()));
+    EXPECT_EQ(characters.Len(), 4u);  // without the terminator
 
     const AutoBuffer copy(range);
     EXPECT_NE(copy.Data(), range.Data());

@@ -102,6 +102,33 @@ TEST(Vector, FormBytesPerElementType) {
     EXPECT_EQ(cursor, small.data());
 }
 
+TEST(Vector, StringElementsUseTheirOwnForms) {
+    const Vector<zo::kel::NarrowString> narrow{"ab", ""};
+    EXPECT_EQ(Form(narrow), (std::vector<unsigned char>{2, 0, 0, 0, 3, 0, 0, 0, 'a', 'b', 0, 1, 0, 0, 0, 0}));
+    const Vector<zo::kel::WideString> wide{L"ab", L"\u20AC"};
+    const std::vector<unsigned char> wideForm{2, 0, 0, 0, 2, 0, 0, 0, 'a', 'b', 3, 0, 0, 0, 0xE2, 0x82, 0xAC};
+    EXPECT_EQ(Form(wide), wideForm);
+
+    Vector<zo::kel::WideString> decoded{L"keep"};
+    const unsigned char* cursor = wideForm.data();
+    decoded.deserialize(cursor, wideForm.data() + wideForm.size());
+    ASSERT_EQ(decoded.size(), 2u);
+    EXPECT_EQ(decoded[1].exactCompare(L"\u20AC"), 0);
+
+    // A narrow count of 0 is malformed: the whole read fails, the old strings stay.
+    Vector<zo::kel::NarrowString> kept{"Old"};
+    const std::array<unsigned char, 13> bad{2, 0, 0, 0, 2, 0, 0, 0, 'x', 0, 0, 0, 0};
+    const unsigned char* read = bad.data();
+    EXPECT_THROW(kept.deserialize(read, bad.data() + bad.size()), DeserializationError);
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_EQ(kept[0].exactCompare("Old"), 0);
+
+    // Ten thousand strings declared in eight bytes: refused before allocating.
+    const std::array<unsigned char, 8> many{0x10, 0x27, 0, 0, 0, 0, 0, 0};
+    read = many.data();
+    EXPECT_THROW(kept.deserialize(read, many.data() + many.size()), DeserializationError);
+}
+
 TEST(Vector, ReadsBackWhatItWrote) {
     std::size_t consumed = 0;
     const auto numbers = Serialized<unsigned short>(std::array<unsigned char, 9>{2, 0, 0, 0, 1, 0, 0xFF, 0xFF, 0x77}, &consumed);
