@@ -1,5 +1,6 @@
 // Vector<T>::deserialize over arbitrary bytes, T chosen by the first byte: a
-// rejected input leaves the vector and the cursor as they were (a declared
+// rejected input (DeserializationError, or InvalidSequence for the UTF-8 of
+// wide strings) leaves the vector and the cursor as they were (a declared
 // count beyond the input is refused before anything is allocated); an
 // accepted one re-encodes to exactly the bytes consumed (for wide strings,
 // whose UTF-8 need not be written the one way, to a form that reads back
@@ -36,6 +37,9 @@ void RoundTrip(const unsigned char* begin, const unsigned char* end, zo::kel::Ve
     try {
         vector.deserialize(cursor, end);
     } catch (const zo::kel::exception::DeserializationError&) {
+        Require(cursor == begin && Encode(vector) == before);
+        return;
+    } catch (const zo::kel::exception::InvalidSequence&) {  // malformed UTF-8 of a wide string
         Require(cursor == begin && Encode(vector) == before);
         return;
     }
