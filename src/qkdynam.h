@@ -25,3 +25,4 @@
 #include "zo/kel/osdep/OSException.h"
 #include "zo/kel/osdep/SerializeUtf16.h"
 #include "zo/kel/osdep/StringCompare.h"
+#include "zoini/zoini.h"

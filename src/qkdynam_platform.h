@@ -3,7 +3,11 @@
 // build on anything else must stop here rather than produce foreign bytes.
 #pragma once
 
+#ifdef __cplusplus
 #include <climits>
+#else
+#include <limits.h>
+#endif
 
 #if defined(QKDYNAM_BUILDING)
 #define QKDYNAM_API __attribute__((visibility("default")))
