@@ -1,0 +1,233 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+#include "zoini/IniTestSupport.h"
+
+namespace {
+
+using namespace ini_test;
+
+TEST(IniRead, ItemLinesAndSeparators) {
+    Document doc = ParseText("[S]\nKey = Value\nOther=Value\nColon:Value\nBoth:=x\n");
+    EXPECT_EQ(RawValue(doc.get(), "S", "Key"), "Value");
+    EXPECT_EQ(RawValue(doc.get(), "S", "Other"), "Value");
+    EXPECT_FALSE(IniItemExists(doc.get(), "S", "Colon"));
+    EXPECT_EQ(RawValue(doc.get(), "S", "Both:"), "x");
+    EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), 4);
+
+    doc = ParseText("[S]\nColon:Value\nBoth:=x\nEq=a:b\n", kIniReadColonSeparatorAndImplicitSection);
+    EXPECT_EQ(RawValue(doc.get(), "S", "Colon"), "Value");
+    EXPECT_EQ(RawValue(doc.get(), "S", "Both"), "x");
+    EXPECT_EQ(RawValue(doc.get(), "S", "Eq"), "a:b");
+    EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), -1);
+}
+
+TEST(IniRead, SectionHeaders) {
+    Document doc = ParseText("[ Sect ] trailing\na=1\n[]\n[open\n[\t]\n; comment\n  ;indented comment\n");
+    ASSERT_EQ(IniNumberOfSections(doc.get()), 1);
+    const char* name = nullptr;
+    ASSERT_EQ(IniNthSectionName(doc.get(), 1, &name), 1);
+    EXPECT_STREQ(name, "Sect");
+    EXPECT_EQ(IniNthSectionName(doc.get(), 2, &name), 0);
+    EXPECT_EQ(IniLineOfSection(doc.get(), "sect"), 1);
+    EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), 3);
+}
+
+TEST(IniRead, EmptyValuesAndBlankLines) {
+    Document doc = ParseText("[S]\n\nkey=\nkey2 =   \n");
+    EXPECT_FALSE(IniItemExists(doc.get(), "S", "key"));
+    EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), 2);  // the blank line counts
+
+    doc = ParseText("[S]\nkey=\nkey2 =   \n", kIniReadAllowEmptyValues);
+    EXPECT_EQ(IniNumberOfItems(doc.get(), "S"), 2);
+    const char* value = nullptr;
+    EXPECT_EQ(IniNthItemPointerToString(doc.get(), "S", 2, &value), 1);
+    EXPECT_STREQ(value, "");
+}
+
+TEST(IniRead, QuotesAreStrippedPerOption) {
+    const std::string text = "[S]\nd=\"a b\"\none=\"\ns='x y'\nmixed=\"x'\n";
+    Document doc = ParseText(text);
+    EXPECT_EQ(RawValue(doc.get(), "S", "d"), "a b");
+    EXPECT_EQ(RawValue(doc.get(), "S", "one"), "\"");
+    EXPECT_EQ(RawValue(doc.get(), "S", "s"), "'x y'");
+    // The writer shows which quote each item kept.
+    EXPECT_EQ(WriteText(doc.get()), "[S]\nd = \"a b\"\none = \"\ns = 'x y'\nmixed = \"x'\n\n");
+
+    doc = ParseText(text, kIniReadStripSingleQuotes);
+    EXPECT_EQ(RawValue(doc.get(), "S", "d"), "\"a b\"");
+    EXPECT_EQ(RawValue(doc.get(), "S", "s"), "x y");
+    EXPECT_EQ(WriteText(doc.get()), "[S]\nd = \"a b\"\none = \"\ns = 'x y'\nmixed = \"x'\n\n");
+}
+
+TEST(IniRead, DuplicateSectionsAndItems) {
+    const std::string text = "[A]\nx=1\n[B]\n[a]\nX=2\ny=3\n";
+    Document doc = ParseText(text);
+    EXPECT_EQ(IniNumberOfSections(doc.get()), 2);
+    EXPECT_EQ(IniLineOfSection(doc.get(), "A"), 4);
+    EXPECT_EQ(IniNumberOfItems(doc.get(), "A"), 2);
+    EXPECT_EQ(RawValue(doc.get(), "A", "x"), "2");
+    EXPECT_EQ(IniLineOfItem(doc.get(), "A", "x"), 5);
+
+    doc = NewDocument();
+    EXPECT_EQ(IniSetDuplicateChecking(doc.get(), 0), 1);
+    ASSERT_EQ(ReadText(doc.get(), text + "[A]\nx=4\nx=5\n"), 0);
+    EXPECT_EQ(IniNumberOfSections(doc.get()), 4);
+    EXPECT_EQ(IniLineOfSection(doc.get(), "A"), 1);  // the first of the name
+    EXPECT_EQ(RawValue(doc.get(), "A", "x"), "1");
+    const char* name = nullptr;
+    ASSERT_EQ(IniNthSectionName(doc.get(), 4, &name), 1);
+    EXPECT_STREQ(name, "A");
+    EXPECT_EQ(IniRemoveSection(doc.get(), "A"), 1);
+    EXPECT_EQ(RawValue(doc.get(), "A", "X"), "2");  // the next of the name takes over
+}
+
+TEST(IniRead, NameComparisonIgnoresCaseAndSurroundingBlanks) {
+    Document doc = ParseText("[Section One]\nMy Key=v\n");
+    EXPECT_TRUE(IniItemExists(doc.get(), "  section one\t", " MY KEY  "));
+    EXPECT_FALSE(IniItemExists(doc.get(), "section  one", "my key"));
+    EXPECT_EQ(IniSetCaseAndWhitespaceSensitiveChecking(doc.get(), 1), 0);
+    EXPECT_FALSE(IniItemExists(doc.get(), "section one", "my key"));
+    EXPECT_TRUE(IniItemExists(doc.get(), "Section One", "My Key"));
+}
+
+TEST(IniRead, ItemsBeforeTheFirstSection) {
+    Document doc = ParseText("a=1\n[S]\nb=2\n");
+    EXPECT_EQ(IniNumberOfSections(doc.get()), 1);
+    EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), -1);
+
+    doc = ParseText("a=1\nb:2\n[S]\nc=3\n", kIniReadColonSeparatorAndImplicitSection);
+    ASSERT_EQ(IniNumberOfSections(doc.get()), 2);
+    EXPECT_EQ(RawValue(doc.get(), "(null)", "a"), "1");
+    EXPECT_EQ(RawValue(doc.get(), "(null)", "b"), "2");
+    EXPECT_EQ(IniLineOfSection(doc.get(), "(null)"), -1);
+    EXPECT_EQ(WriteText(doc.get()), "a = 1\nb = 2\n\n[S]\nc = 3\n\n");
+}
+
+TEST(IniRead, ContinuationItemsAreJoined) {
+    Document doc = ParseText(
+        "[S]\nText Line0001=ab\nText Line0002=cd\nText Line0003=\"ef\"\nafter=1\n"
+        "Lone Line0002=x\nOne Line1=y\nBig Line99999999999=z\n");
+    EXPECT_EQ(RawValue(doc.get(), "S", "Text"), "abcdef");
+    EXPECT_EQ(IniLineOfItem(doc.get(), "S", "Text"), 2);
+    EXPECT_EQ(RawValue(doc.get(), "S", "Lone Line0002"), "x");
+    EXPECT_EQ(RawValue(doc.get(), "S", "One"), "y");
+    EXPECT_EQ(RawValue(doc.get(), "S", "Big Line99999999999"), "z");  // overflows: not a continuation
+    EXPECT_EQ(IniNumberOfItems(doc.get(), "S"), 5);
+    const char* name = nullptr;
+    ASSERT_EQ(IniNthItemName(doc.get(), "S", 2, &name), 1);
+    EXPECT_STREQ(name, "after");
+}
+
+TEST(IniRead, ByteOrderMarks) {
+    Document doc = ParseText("\xEF\xBB\xBF[S]\na=1\n");
+    EXPECT_EQ(RawValue(doc.get(), "S", "a"), "1");
+    for (const std::string& mark : {std::string("\xFF\xFE"), std::string("\xFE\xFF"), std::string("\xFF\xFE\0\0", 4), std::string("\0\0\xFE\xFF", 4)}) {
+        Document refused = NewDocument();
+        EXPECT_EQ(ReadText(refused.get(), mark + "[S]\na=1\n"), kIniErrUnsupportedEncoding);
+    }
+}
+
+TEST(IniRead, LineBreaksAndLineNumbers) {
+    static constexpr char kText[] = "[S]\r\na=1\n\rb=2\rc=3\r\rd=4\n\ne=5\0f=6\r\n\ng=7";
+    Document doc = ParseText(std::string(kText, sizeof kText - 1));
+    EXPECT_EQ(IniLineOfItem(doc.get(), "S", "a"), 2);
+    EXPECT_EQ(IniLineOfItem(doc.get(), "S", "b"), 3);
+    EXPECT_EQ(IniLineOfItem(doc.get(), "S", "c"), 4);
+    EXPECT_EQ(IniLineOfItem(doc.get(), "S", "d"), 6);
+    EXPECT_EQ(IniLineOfItem(doc.get(), "S", "e"), 8);
+    EXPECT_EQ(IniLineOfItem(doc.get(), "S", "f"), 9);
+    EXPECT_EQ(IniLineOfItem(doc.get(), "S", "g"), 11);
+    EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), 5);
+}
+
+// Delivers at most three bytes per call, whatever the room.
+struct TrickleSource {
+    std::string text;
+    size_t offset = 0;
+    int line = 1;
+};
+
+int Trickle(void* context, char* buffer, int room, int* lineComplete, int* endOfInput, int* lineNumber) {
+    auto* source = static_cast<TrickleSource*>(context);
+    *lineComplete = *endOfInput = 0;
+    if (source->offset == source->text.size()) {
+        *endOfInput = 1;
+        buffer[0] = '\0';
+        return 0;
+    }
+    int stored = 0;
+    *lineNumber = source->line;
+    while (stored < 3 && stored < room - 1 && source->offset < source->text.size()) {
+        const char c = source->text[source->offset++];
+        if (c == '\n') {
+            *lineComplete = 1;
+            ++source->line;
+            break;
+        }
+        buffer[stored++] = c;
+    }
+    buffer[stored] = '\0';
+    return stored;
+}
+
+TEST(IniRead, LineSourcesMayDeliverPieces) {
+    TrickleSource source{"[Section]\nlong name = some longer value\n"};
+    Document doc = NewDocument();
+    ASSERT_EQ(IniRead(doc.get(), Trickle, &source), 0);
+    EXPECT_EQ(RawValue(doc.get(), "Section", "long name"), "some longer value");
+    EXPECT_EQ(IniLineOfItem(doc.get(), "Section", "long name"), 2);
+    EXPECT_EQ(IniRead(doc.get(), nullptr, nullptr), kIniErrInvalidArgument);
+}
+
+TEST(IniRead, ReadingReplacesTheDocument) {
+    Document doc = ParseText("[Old]\na=1\n\n");
+    ASSERT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), 3);
+    ASSERT_EQ(ReadText(doc.get(), "[New]\nb=2\n"), 0);
+    EXPECT_FALSE(IniSectionExists(doc.get(), "Old"));
+    EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), -1);
+}
+
+TEST(IniRead, VeryLongLinesAndManySections) {
+    std::string value(3 << 20, 'v');
+    value[12345] = 'x';
+    std::string text = "[Big]\nkey = " + value + "\n";
+    for (int i = 0; i < 100000; ++i) text += "[S" + std::to_string(i) + "]\nk" + std::to_string(i) + "=" + std::to_string(i) + "\n";
+    const auto start = std::chrono::steady_clock::now();
+    Document doc = ParseText(text);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_EQ(RawValue(doc.get(), "Big", "key"), value);
+    ASSERT_EQ(IniNumberOfSections(doc.get()), 100001);
+    EXPECT_EQ(RawValue(doc.get(), "s99999", "K99999"), "99999");
+    EXPECT_EQ(IniLineOfSection(doc.get(), "S50000"), 2 + 2 * 50000 + 1);
+    const char* name = nullptr;
+    ASSERT_EQ(IniNthSectionName(doc.get(), 70002, &name), 1);
+    EXPECT_STREQ(name, "S70000");
+}
+
+TEST(IniRead, LargeSectionsStayFindableWhileEdited) {
+    Document doc = NewDocument();
+    IniSetDuplicateChecking(doc.get(), 0);
+    for (int i = 0; i < 2000; ++i) ASSERT_EQ(IniPutInt(doc.get(), "S", ("k" + std::to_string(i % 1000)).c_str(), i), 1);
+    // Removing the first of a name uncovers the next of that name.
+    for (int i = 0; i < 1000; ++i) ASSERT_EQ(IniRemoveItem(doc.get(), "S", ("K" + std::to_string(i)).c_str()), 1);
+    EXPECT_EQ(IniNumberOfItems(doc.get(), "S"), 1000);
+    int value = 0;
+    ASSERT_EQ(IniGetInt(doc.get(), "S", "k999", &value), 1);
+    EXPECT_EQ(value, 1999);
+    EXPECT_EQ(IniRemoveItem(doc.get(), "S", "k5"), 1);
+    EXPECT_EQ(IniItemExists(doc.get(), "S", "k5"), 0);
+    EXPECT_EQ(IniItemExists(doc.get(), "S", "k6"), 1);
+    // Renaming a section keeps lookups right.
+    for (int i = 0; i < 20; ++i) IniPutInt(doc.get(), ("T" + std::to_string(i)).c_str(), "x", i);
+    EXPECT_EQ(IniRenameSection(doc.get(), "T3", "Renamed"), 1);
+    EXPECT_FALSE(IniSectionExists(doc.get(), "T3"));
+    ASSERT_EQ(IniGetInt(doc.get(), "renamed", "x", &value), 1);
+    EXPECT_EQ(value, 3);
+    EXPECT_EQ(IniRenameSection(doc.get(), "missing", "x"), 0);
+    EXPECT_EQ(IniRenameSection(doc.get(), "T4", ""), kIniErrEmptyName);
+}
+
+}  // namespace

@@ -1,0 +1,104 @@
+// A child process saves a large document over an existing file and is killed
+// with SIGKILL at random moments of the save; the file must always hold one
+// whole document, the old or the new.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "zoini/IniTestSupport.h"
+
+namespace {
+
+using namespace ini_test;
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+Document LargeDocument(const std::string& flavour) {
+    Document doc = NewDocument();
+    for (int s = 0; s < 1500; ++s) {
+        const std::string section = "Section " + std::to_string(s);
+        for (int i = 0; i < 20; ++i) {
+            const std::string item = "item" + std::to_string(i);
+            const std::string value = flavour + " value " + std::to_string(s * 100 + i);
+            IniPutString(doc.get(), section.c_str(), item.c_str(), value.c_str());
+        }
+    }
+    return doc;
+}
+
+void RemoveTemporaries(const fs::path& directory) {
+    for (const auto& entry : fs::directory_iterator(directory)) {
+        if (entry.path().filename().string().starts_with("ini$$.")) fs::remove(entry.path());
+    }
+}
+
+pid_t SaveInChild(IniHandle doc, const fs::path& path) {
+    const pid_t child = fork();
+    if (child == 0) _exit(IniWriteToFile(doc, path.c_str()) == 0 ? 0 : 1);
+    return child;
+}
+
+// The child's exit code, or -1 when it did not exit normally.
+int WaitFor(pid_t child) {
+    int status = 0;
+    if (child <= 0 || waitpid(child, &status, 0) != child) return -2;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(IniSafeSave, KilledSaveLeavesOldOrNewDocument) {
+    ScratchDirectory scratch;
+    const fs::path path = scratch / "target.ini";
+    const Document oldDoc = LargeDocument("old");
+    const Document newDoc = LargeDocument("new");
+    const std::string oldText = WriteText(oldDoc.get());
+    const std::string newText = WriteText(newDoc.get());
+    ASSERT_GT(newText.size(), 500000u);
+
+    // How long an unhindered child needs, from fork to a saved file.
+    Clock::duration saveTime{};
+    for (int i = 0; i < 3; ++i) {
+        WriteFileContents(path, oldText);
+        const auto start = Clock::now();
+        ASSERT_EQ(WaitFor(SaveInChild(newDoc.get(), path)), 0);
+        saveTime = std::max(saveTime, Clock::now() - start);
+        ASSERT_EQ(FileContents(path), newText);
+    }
+    saveTime = std::min(saveTime, Clock::duration(std::chrono::milliseconds(100)));
+
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const auto longestDelay = std::chrono::duration_cast<std::chrono::microseconds>(saveTime * 3 / 2).count();
+    std::uniform_int_distribution<long> delays(0, longestDelay);
+    int oldSeen = 0, newSeen = 0;
+    for (int run = 0; run < 200; ++run) {
+        WriteFileContents(path, oldText);
+        const pid_t child = SaveInChild(newDoc.get(), path);
+        const auto deadline = Clock::now() + std::chrono::microseconds(delays(random));
+        while (Clock::now() < deadline) {
+        }
+        kill(child, SIGKILL);
+        WaitFor(child);
+        const std::string contents = FileContents(path);
+        if (contents == oldText) {
+            ++oldSeen;
+        } else {
+            ASSERT_EQ(contents, newText) << "run " << run << ": a mixed or partial file of " << contents.size()
+                                         << " bytes";
+            ++newSeen;
+        }
+        RemoveTemporaries(scratch.path());
+    }
+    // The kills hit both before and after the rename.
+    EXPECT_GT(oldSeen, 0);
+    EXPECT_GT(newSeen, 0);
+}
+
+}  // namespace
