@@ -22,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 
 Document LargeDocument(const std::string& flavour) {
     Document doc = NewDocument();
-    for (int s = 0; s < 1500; ++s) {
+    for (int s = 0; s < 1000; ++s) {
         const std::string section = "Section " + std::to_string(s);
         for (int i = 0; i < 20; ++i) {
             const std::string item = "item" + std::to_string(i);
