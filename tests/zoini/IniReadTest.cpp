@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <string>
 
 #include "zoini/IniTestSupport.h"
@@ -194,7 +195,8 @@ TEST(IniRead, VeryLongLinesAndManySections) {
     std::string value(3 << 20, 'v');
     value[12345] = 'x';
     std::string text = "[Big]\nkey = " + value + "\n";
-    for (int i = 0; i < 100000; ++i) text += "[S" + std::to_string(i) + "]\nk" + std::to_string(i) + "=" + std::to_string(i) + "\n";
+    char line[64];
+    for (int i = 0; i < 100000; ++i) text.append(line, static_cast<size_t>(std::snprintf(line, sizeof line, "[S%d]\nk%d=%d\n", i, i, i)));
     const auto start = std::chrono::steady_clock::now();
     Document doc = ParseText(text);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
@@ -207,12 +209,18 @@ TEST(IniRead, VeryLongLinesAndManySections) {
     EXPECT_STREQ(name, "S70000");
 }
 
+std::string Numbered(const char* prefix, int number) {
+    std::string name = prefix;
+    name += std::to_string(number);
+    return name;
+}
+
 TEST(IniRead, LargeSectionsStayFindableWhileEdited) {
     Document doc = NewDocument();
     IniSetDuplicateChecking(doc.get(), 0);
-    for (int i = 0; i < 2000; ++i) ASSERT_EQ(IniPutInt(doc.get(), "S", ("k" + std::to_string(i % 1000)).c_str(), i), 1);
+    for (int i = 0; i < 2000; ++i) ASSERT_EQ(IniPutInt(doc.get(), "S", Numbered("k", i % 1000).c_str(), i), 1);
     // Removing the first of a name uncovers the next of that name.
-    for (int i = 0; i < 1000; ++i) ASSERT_EQ(IniRemoveItem(doc.get(), "S", ("K" + std::to_string(i)).c_str()), 1);
+    for (int i = 0; i < 1000; ++i) ASSERT_EQ(IniRemoveItem(doc.get(), "S", Numbered("K", i).c_str()), 1);
     EXPECT_EQ(IniNumberOfItems(doc.get(), "S"), 1000);
     int value = 0;
     ASSERT_EQ(IniGetInt(doc.get(), "S", "k999", &value), 1);
@@ -221,7 +229,7 @@ TEST(IniRead, LargeSectionsStayFindableWhileEdited) {
     EXPECT_EQ(IniItemExists(doc.get(), "S", "k5"), 0);
     EXPECT_EQ(IniItemExists(doc.get(), "S", "k6"), 1);
     // Renaming a section keeps lookups right.
-    for (int i = 0; i < 20; ++i) IniPutInt(doc.get(), ("T" + std::to_string(i)).c_str(), "x", i);
+    for (int i = 0; i < 20; ++i) IniPutInt(doc.get(), Numbered("T", i).c_str(), "x", i);
     EXPECT_EQ(IniRenameSection(doc.get(), "T3", "Renamed"), 1);
     EXPECT_FALSE(IniSectionExists(doc.get(), "T3"));
     ASSERT_EQ(IniGetInt(doc.get(), "renamed", "x", &value), 1);
