@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "support/RatioReporter.h"
 #include "zoini/zoini.h"
 
 namespace {
@@ -94,4 +95,4 @@ void InihParseBench(benchmark::State& state) {
 BENCHMARK(IniReadFromFileBench)->Name("IniReadFromFile")->Unit(benchmark::kMillisecond);
 BENCHMARK(InihParseBench)->Name("inih_ini_parse")->Unit(benchmark::kMillisecond);
 
-BENCHMARK_MAIN();
+QKDYNAM_BENCHMARK_MAIN({{"IniReadFromFile", "inih_ini_parse"}})
