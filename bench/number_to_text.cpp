@@ -3,7 +3,7 @@
 // "yyyy-mm-dd hh:mm:ss".
 #include <cstdio>
 
-#include "RatioReporter.h"
+#include "support/RatioReporter.h"
 #include "tavlo/qkstatic/NumberToText.h"
 
 namespace {
@@ -51,11 +51,8 @@ BENCHMARK(BM_snprintf_72);
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    return RunWithRatios(argc, argv,
-                         {{"BM_NumberToText0<0>", "BM_snprintf_0"},
-                          {"BM_NumberToText0<3>", "BM_snprintf_3"},
-                          {"BM_NumberToText0<36>", "BM_snprintf_36"},
-                          {"BM_NumberToText0<50>", "BM_snprintf_50"},
-                          {"BM_NumberToText0<72>", "BM_snprintf_72"}});
-}
+QKDYNAM_BENCHMARK_MAIN({{"BM_NumberToText0<0>", "BM_snprintf_0"},
+                        {"BM_NumberToText0<3>", "BM_snprintf_3"},
+                        {"BM_NumberToText0<36>", "BM_snprintf_36"},
+                        {"BM_NumberToText0<50>", "BM_snprintf_50"},
+                        {"BM_NumberToText0<72>", "BM_snprintf_72"}})

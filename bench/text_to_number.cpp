@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-#include "RatioReporter.h"
+#include "support/RatioReporter.h"
 #include "tavlo/qkstatic/TextToValue.h"
 
 namespace {
@@ -67,6 +67,4 @@ BENCHMARK(BM_fast_float);
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    return RunWithRatios(argc, argv, {{"BM_AsciiToNumber", "BM_strtod"}, {"BM_fast_float", "BM_strtod"}});
-}
+QKDYNAM_BENCHMARK_MAIN({{"BM_AsciiToNumber", "BM_strtod"}, {"BM_fast_float", "BM_strtod"}})

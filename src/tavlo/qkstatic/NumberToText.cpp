@@ -83,18 +83,45 @@ unsigned int FieldValue(const PrintableFields& fields, DisplayField field) noexc
     return 0;
 }
 
-// Elapsed patterns print their first field with %lu, all others print %u;
-// arguments beyond a pattern's fields are ignored by snprintf.
+// Appends `value` as a %[width][.precision][l]u conversion would print it.
+char* AppendUnsigned(char* out, unsigned int value, unsigned int width, unsigned int precision) noexcept {
+    char digits[10];
+    unsigned int count = 0;
+    for (; value != 0; value /= 10) digits[count++] = static_cast<char>('0' + value % 10);
+    const unsigned int zeros = precision > count ? precision - count : 0;
+    const unsigned int spaces = width > zeros + count ? width - zeros - count : 0;
+    out = std::fill_n(out, spaces, ' ');
+    out = std::fill_n(out, zeros, '0');
+    return std::reverse_copy(digits, digits + count, out);
+}
+
+// Prints a time or calendar pattern (literal characters and %u conversions
+// with optional width, precision and 'l') exactly as snprintf would, without
+// its general-purpose parsing: these are the hot formats of every display.
 int FieldsText(const DisplayFormat& row, char* buf, unsigned long size, const PrintableFields& fields) {
-    unsigned int values[kDisplayFieldsMax];
-    std::transform(row.fields.begin(), row.fields.end(), values,
-                   [&fields](DisplayField field) { return FieldValue(fields, field); });
-    const int length =
-        row.kind == DisplayFormatKind::Elapsed
-            ? std::snprintf(buf, size, row.pattern, static_cast<unsigned long>(values[0]), values[1], values[2], values[3])
-            : std::snprintf(buf, size, row.pattern, values[0], values[1], values[2], values[3], values[4], values[5],
-                            values[6]);
-    return CheckedLength(length, buf, size);
+    // Seven fields of at most ten digits and the literals of the longest pattern.
+    char text[96];
+    char* out = text;
+    const DisplayField* field = row.fields.data();
+    for (const char* p = row.pattern; *p != '\0'; ++p) {
+        if (*p != '%') {
+            *out++ = *p;
+            continue;
+        }
+        unsigned int width = 0, precision = 1;
+        for (++p; *p >= '0' && *p <= '9'; ++p) width = width * 10 + static_cast<unsigned int>(*p - '0');
+        if (*p == '.') {
+            precision = 0;
+            for (++p; *p >= '0' && *p <= '9'; ++p) precision = precision * 10 + static_cast<unsigned int>(*p - '0');
+        }
+        if (*p == 'l') ++p;
+        out = AppendUnsigned(out, FieldValue(fields, *field++), width, precision);
+    }
+    const auto length = static_cast<unsigned long>(out - text);
+    const unsigned long kept = std::min(length, size - 1);
+    std::memcpy(buf, text, kept);
+    buf[kept] = '\0';
+    return static_cast<int>(length);
 }
 
 int ElapsedText(const DisplayFormat& row, char* buf, unsigned long size, double value) {

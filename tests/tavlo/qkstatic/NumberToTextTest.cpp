@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <string>
 
+#include "tavlo/qkstatic/DisplayFormats.h"
+#include "tavlo/qkstatic/SerialDate.h"
 #include "zo/kel/Exception.h"
 
 namespace {
@@ -180,6 +183,54 @@ TEST(TimeToText, NarrowKeepsTheTimeOfDayWideDropsIt) {
     EXPECT_STREQ(wide, L"0");
     TimeToText(2 * kDay, -5, wide, 32);
     EXPECT_STREQ(wide, L"2");
+}
+
+}  // namespace
+
+namespace {
+
+unsigned int CalendarField(const BrokenDownDate& date, DisplayField field) {
+    switch (field) {
+        case DisplayField::Year: return date.year;
+        case DisplayField::YearOfCentury: return date.year % 100u;
+        case DisplayField::Month: return date.month;
+        case DisplayField::Day: return date.day;
+        case DisplayField::Hour: return date.hour;
+        case DisplayField::Minute: return date.minute;
+        case DisplayField::Second: return date.second;
+        case DisplayField::Millisecond: return date.millisecond;
+        case DisplayField::Tenths: return date.millisecond / 100u;
+        default: return 0;
+    }
+}
+
+// The C library's rendering of a calendar row's pattern, the reference for the library's own printer.
+std::string SnprintfCalendar(const DisplayFormat& row, double value) {
+    const BrokenDownDate date = BreakDownDayNumber(value);
+    unsigned int v[kDisplayFieldsMax];
+    for (unsigned int i = 0; i < kDisplayFieldsMax; ++i) v[i] = CalendarField(date, row.fields[i]);
+    char text[64];
+    std::snprintf(text, sizeof(text), row.pattern, v[0], v[1], v[2], v[3], v[4], v[5], v[6]);
+    return text;
+}
+
+TEST(NumberToText0, FieldPatternsPrintAsTheCLibraryAndCutLikeIt) {
+    const double values[] = {0.0, 1.0, 61.5, 366.999, 36526.0417, 45000.5 + 1234.0 / 8.64e7, 65535.99999};
+    for (unsigned int format = 35; format < kDisplayFormatCount; ++format) {
+        const DisplayFormat& row = DisplayFormatAt(format);
+        if (row.kind == DisplayFormatKind::Hexadecimal) continue;
+        for (double value : values) {
+            const std::string full = Text(format, value);
+            if (row.kind != DisplayFormatKind::Elapsed) {
+                EXPECT_EQ(full, SnprintfCalendar(row, value)) << format;
+            }
+            for (unsigned long size = 1; size <= full.size(); ++size) {
+                char cut[64];
+                ASSERT_EQ(NumberToText0(format, cut, size, value), static_cast<int>(full.size()));
+                ASSERT_EQ(std::string(cut), full.substr(0, size - 1)) << format << " size " << size;
+            }
+        }
+    }
 }
 
 }  // namespace
