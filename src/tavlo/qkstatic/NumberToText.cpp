@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 #include "tavlo/qkstatic/DisplayFormats.h"
 #include "tavlo/qkstatic/SerialDate.h"
@@ -192,6 +193,21 @@ int NumberToText0(unsigned int format, char* buf, unsigned long size, double val
         case DisplayFormatKind::Calendar: return CalendarText(row, buf, size, value);
     }
     return 0;
+}
+
+int NumberToText(double value, int format, zo::kel::WideString& out) {
+    static const unsigned long initialSize = 32;
+    char first[initialSize];
+    std::vector<char> larger;
+    char* buffer = first;
+    int result = NumberToText0(static_cast<unsigned int>(format), buffer, initialSize, value);
+    for (unsigned long size = initialSize * 2; result < 0; size *= 2) {
+        larger.assign(size, '\0');
+        buffer = larger.data();
+        result = NumberToText0(static_cast<unsigned int>(format), buffer, size, value);
+    }
+    out = result == 0 ? zo::kel::WideString() : zo::kel::WideString(static_cast<const char*>(buffer));
+    return result;
 }
 
 int TimeToText(long ns, int format, char* buf, unsigned int size) {

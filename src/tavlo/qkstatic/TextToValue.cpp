@@ -3,10 +3,20 @@
 #include <cstdint>
 
 #include "zo/kel/TruncateToInt64.h"
+#include "zo/kel/osdep/CharsetConversion.h"
 
 namespace {
 
 constexpr std::uint64_t kNanosecondsPerSecond = 1000000000;
+
+// Runs the narrow form of a recogniser on the text converted to narrow.
+template <typename Result>
+bool OnNarrow(const wchar_t* text, Result& out, bool (*recognise)(const char*, Result&)) {
+    if (text == nullptr) return false;
+    const zo::kel::NarrowString narrow =
+        zo::kel::osdep::WideToAnsi(text, zo::kel::osdep::kNarrowStringCharset);
+    return recognise(narrow.c_str(), out);
+}
 
 }  // namespace
 
@@ -26,3 +36,9 @@ bool IsTimeText(const char* text, long& out) {
     out = static_cast<long>(seconds * kNanosecondsPerSecond);
     return true;
 }
+
+bool IsNumericText(const wchar_t* text, double& out) { return OnNarrow<double>(text, out, IsNumericText); }
+
+bool IsTimeText(const wchar_t* text, double& out) { return OnNarrow<double>(text, out, IsTimeText); }
+
+bool IsTimeText(const wchar_t* text, long& out) { return OnNarrow<long>(text, out, IsTimeText); }

@@ -3,7 +3,8 @@
 // Time64 nanoseconds and logicals. Each recogniser returns a success flag and
 // writes its result only on success; the one exception is
 // zo::kel::exception::OutOfRange for a digit run beyond 16 bits (a date or
-// time field, or an exponent). Thread-safe.
+// time field, or an exponent). Wide forms convert to "US-ASCII" first and
+// throw what that conversion throws. Thread-safe.
 #pragma once
 
 #include "qkdynam_platform.h"
@@ -28,3 +29,14 @@ QKDYNAM_API bool IsTimeText(const char* text, double& out);
 // As above, as Time64 nanoseconds with the sub-second part dropped (whole
 // seconds times 10^9, wrapping modulo 2^64).
 QKDYNAM_API bool IsTimeText(const char* text, long& out);
+
+// The wide forms behave as the narrow ones on the text converted to narrow.
+QKDYNAM_API bool IsNumericText(const wchar_t* text, double& out);
+QKDYNAM_API bool IsTimeText(const wchar_t* text, double& out);
+QKDYNAM_API bool IsTimeText(const wchar_t* text, long& out);
+
+// True when the text is one of the boolean words, compared ignoring case:
+// "on", "yes", "y", "true", "t", "it just works", "unbelievable!" give true;
+// "off", "no", "n", "false", "nil", "yeah, right" give false.
+QKDYNAM_API bool IsLogicalText(const char* text, bool& out);
+QKDYNAM_API bool IsLogicalText(const wchar_t* text, bool& out);

@@ -234,3 +234,20 @@ TEST(NumberToText0, FieldPatternsPrintAsTheCLibraryAndCutLikeIt) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(NumberToText, FillsAWideStringFromItsOwnBuffer) {
+    zo::kel::WideString out(L"old");
+    EXPECT_EQ(NumberToText(45000.5, 72, out), 19);
+    EXPECT_STREQ(out.c_str(), L"2023-03-15 12:00:00");
+    EXPECT_EQ(NumberToText(255.0, 57, out), 4);
+    EXPECT_STREQ(out.c_str(), L"0xFF");
+    // Its buffer holds 31 characters; the full length is still returned.
+    EXPECT_EQ(NumberToText(1e40, 1, out), 41);
+    EXPECT_EQ(out.length(), 31u);
+    EXPECT_STREQ(out.c_str(), L"1000000000000000030378602842700");
+    EXPECT_THROW(NumberToText(3e9, 36, out), OutOfRange);
+}
+
+}  // namespace

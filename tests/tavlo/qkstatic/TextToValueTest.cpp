@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <ctime>
+#include <string>
 
 #include "tavlo/qkstatic/SerialDate.h"
 #include "zo/kel/Exception.h"
@@ -220,6 +222,59 @@ TEST(IsTimeText, DaysOrDateAsDaysOrNanoseconds) {
     EXPECT_TRUE(IsNumericText("0x1F", number));
     EXPECT_EQ(number, 31.0);
     EXPECT_FALSE(IsNumericText("12:30", number));
+}
+
+}  // namespace
+
+namespace {
+
+TEST(IsLogicalText, AcceptsTheVocabularyIgnoringCase) {
+    struct Row {
+        const char* text;
+        bool value;
+    };
+    const Row rows[] = {{"on", true},     {"YES", true},          {"y", true},          {"True", true},
+                        {"T", true},      {"It Just Works", true}, {"UNBELIEVABLE!", true}, {"off", false},
+                        {"No", false},    {"N", false},            {"FALSE", false},      {"nil", false},
+                        {"Yeah, Right", false}};
+    for (const Row& row : rows) {
+        bool narrow = !row.value, wide = !row.value;
+        ASSERT_TRUE(IsLogicalText(row.text, narrow)) << row.text;
+        EXPECT_EQ(narrow, row.value) << row.text;
+        const std::wstring wideText(row.text, row.text + std::strlen(row.text));
+        ASSERT_TRUE(IsLogicalText(wideText.c_str(), wide)) << row.text;
+        EXPECT_EQ(wide, row.value) << row.text;
+    }
+    for (const char* text : {"maybe", "", " yes", "yes ", "1", "0", "of", "yeah,right", "unbelievable", "o"}) {
+        bool value = true;
+        EXPECT_FALSE(IsLogicalText(text, value)) << '"' << text << '"';
+        EXPECT_TRUE(value);
+    }
+    bool value = true;
+    EXPECT_FALSE(IsLogicalText(static_cast<const char*>(nullptr), value));
+    EXPECT_FALSE(IsLogicalText(static_cast<const wchar_t*>(nullptr), value));
+    EXPECT_FALSE(IsLogicalText(L"", value));
+}
+
+TEST(WideRecognisers, BehaveAsTheNarrowOnes) {
+    double number = kUntouched;
+    EXPECT_TRUE(IsNumericText(L" 0x1F", number));
+    EXPECT_EQ(number, 31.0);
+    EXPECT_FALSE(IsNumericText(L"12:30", number));
+    EXPECT_FALSE(IsNumericText(static_cast<const wchar_t*>(nullptr), number));
+    double days = kUntouched;
+    EXPECT_TRUE(IsTimeText(L"12:30", days));
+    EXPECT_DOUBLE_EQ(days, 750.0 / 86400);
+    EXPECT_TRUE(IsTimeText(L"", days));
+    EXPECT_EQ(days, 0.0);
+    long ns = -1;
+    EXPECT_TRUE(IsTimeText(L"03/01/1900 12:00", ns));
+    EXPECT_EQ(ns, 5313600000000000);
+    EXPECT_FALSE(IsTimeText(L".", ns));
+    EXPECT_THROW(IsTimeText(L"1/1/2000 99999:00", ns), OutOfRange);
+    EXPECT_EQ(ns, 5313600000000000);
+    // Characters outside US-ASCII fail in the conversion.
+    EXPECT_THROW(IsNumericText(L"1\u00e9", number), zo::kel::exception::Exception);
 }
 
 }  // namespace

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
+#include <string>
 
 #include "zo/kel/Exception.h"
 #include "zo/kel/osdep/SystemClock.h"
@@ -76,6 +78,77 @@ TEST(AbsTimeToDateTime, UnrepresentableTimeThrowsWithItsLine) {
         FAIL() << "no exception";
     } catch (const zo::kel::exception::OutOfRange& failure) {
         EXPECT_EQ(failure.getLine(), 104u);
+    }
+}
+
+using zo::kel::osdep::AbsTimeToString;
+using zo::kel::osdep::CommaDecimalSeparator;
+using zo::kel::osdep::LocalTime;
+using zo::kel::osdep::LocaleDecimalSeparator;
+using zo::kel::osdep::PointDecimalSeparator;
+using zo::kel::osdep::UTCTime;
+
+// The user's locale is the C locale for these tests.
+class AbsTimeToStringTest : public ::testing::Test {
+protected:
+    void SetUp() override { ::setenv("LC_ALL", "C", 1); }
+    void TearDown() override { std::setlocale(LC_TIME, "C"); }
+
+    static std::wstring Text(AbsTime time, const wchar_t* date, const wchar_t* clock, unsigned int digits,
+                             bool dateFirst = true, const wchar_t* suffix = nullptr,
+                             zo::kel::osdep::DecimalSeparatorType separator = PointDecimalSeparator) {
+        return AbsTimeToString(time, date, clock, digits, UTCTime, dateFirst, suffix, separator).c_str();
+    }
+};
+
+constexpr std::uint64_t kQuarter = std::uint64_t{1} << 62;
+
+TEST_F(AbsTimeToStringTest, JoinsDateAndTimeWithTheFraction) {
+    const AbsTime time = AbsTime::fromWords(kUnixEpoch, kQuarter);
+    EXPECT_EQ(Text(time, L"%Y-%m-%d", L"%H:%M:%S", 3), L"1970-01-01 00:00:00.250");
+    EXPECT_EQ(Text(time, L"%Y-%m-%d", L"%H:%M:%S", 3, false), L"00:00:00.250 1970-01-01");
+    EXPECT_EQ(Text(time, L"%Y-%m-%d", L"%H:%M:%S", 1), L"1970-01-01 00:00:00.3");
+    EXPECT_EQ(Text(time, L"", L"%H:%M:%S", 2, true, L"UTC"), L"00:00:00.25 UTC");
+    EXPECT_EQ(Text(time, L"", L"%S|%#S|%%S|S", 3, true, nullptr, CommaDecimalSeparator), L"00,250|00,250|%S,250|S");
+    EXPECT_EQ(Text(time, L"%Y", L"", 3, true, L"UTC"), L"1970");
+    EXPECT_EQ(Text(time, L"", L"%S", 3, true, nullptr, LocaleDecimalSeparator), L"00.250");
+    EXPECT_EQ(Text(time, L"", L"", 3), L"");
+}
+
+TEST_F(AbsTimeToStringTest, FractionThatRoundsUpCarriesIntoTheSeconds) {
+    const AbsTime time(static_cast<double>(kUnixEpoch + 59), 0.9996);
+    EXPECT_EQ(Text(time, L"", L"%H:%M:%S", 3), L"00:01:00.000");
+    EXPECT_EQ(Text(time, L"", L"%H:%M:%S", 0), L"00:01:00");
+    // Without a fraction the seconds round half to even.
+    EXPECT_EQ(Text(AbsTime::fromWords(kUnixEpoch + 2, kHalf), L"", L"%S", 0), L"02");
+    EXPECT_EQ(Text(AbsTime::fromWords(kUnixEpoch + 3, kHalf), L"", L"%S", 0), L"04");
+    EXPECT_EQ(Text(AbsTime::fromWords(kUnixEpoch + 3, kHalf), L"", L"%S", 1), L"03.5");
+}
+
+TEST_F(AbsTimeToStringTest, NullFormatsAreTheSystemsAndEarliestIsEmpty) {
+    const AbsTime time = AbsTime::fromWords(kUnixEpoch + 3661, 0);
+    EXPECT_EQ(Text(time, nullptr, L"", 0), L"01/01/70");
+    EXPECT_EQ(Text(time, nullptr, nullptr, 0), L"01/01/70 01:01:01");
+    EXPECT_EQ(std::wstring(zo::kel::osdep::GetSystemDateFormat().c_str()), L"%x");
+    EXPECT_EQ(std::wstring(zo::kel::osdep::GetSystemTimeFormat().c_str()), L"%X");
+    EXPECT_EQ(Text(zo::kel::kEarliestAbsTime, L"%Y", L"%S", 3), L"");
+    ZonePin zone("EET-2");
+    EXPECT_EQ(std::wstring(AbsTimeToString(time, L"", L"%H:%M", 0, LocalTime, true, nullptr, PointDecimalSeparator)
+                               .c_str()),
+              L"03:01");
+    EXPECT_EQ(std::wstring(AbsTimeToString(time, L"", L"%H:%M", 0, static_cast<zo::kel::osdep::TimeStringType>(7),
+                                           true, nullptr, PointDecimalSeparator)
+                               .c_str()),
+              L"03:01");
+}
+
+TEST_F(AbsTimeToStringTest, MoreThanThreeFractionDigitsThrow) {
+    try {
+        Text(AbsTime(), L"", L"%S", 4);
+        FAIL() << "no exception";
+    } catch (const zo::kel::exception::InvalidArgument& failure) {
+        EXPECT_STREQ(failure.getFile(), "zo/kel/osdep/AbsTimeToString");
+        EXPECT_EQ(failure.getLine(), 558u);
     }
 }
 
