@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <thread>
 
 #include "tavlo/qkstatic/SerialDate.h"
 #include "zo/kel/Exception.h"
@@ -275,6 +276,24 @@ TEST(WideRecognisers, BehaveAsTheNarrowOnes) {
     EXPECT_EQ(ns, 5313600000000000);
     // Characters outside US-ASCII fail in the conversion.
     EXPECT_THROW(IsNumericText(L"1\u00e9", number), zo::kel::exception::Exception);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(AsciiToDateTime, ConcurrentFirstCallsAgreeOnTheCurrentYear) {
+    double results[4] = {};
+    std::thread threads[4];
+    for (int i = 0; i < 4; ++i) {
+        threads[i] = std::thread([&results, i] {
+            for (int repeat = 0; repeat < 200; ++repeat) AsciiToDateTime(i % 2 ? "03/01" : "1/1/75 1:00", &results[i], 0);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(results[1], results[3]);
+    EXPECT_EQ(results[0], results[2]);
+    EXPECT_EQ(results[1], static_cast<double>(DateDay0(1, 3, LocalYear())));
 }
 
 }  // namespace
