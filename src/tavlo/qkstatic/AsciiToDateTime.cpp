@@ -101,16 +101,6 @@ bool ToCalendarDate(const TypedDate& typed, const FieldOrder& order, CalendarDat
     return date.day >= 1 && date.day <= DaysInMonth(date.month, februaryDays);
 }
 
-enum class Command : std::uint8_t { None, Accumulate, Store, Fail };
-struct Step {
-    Command command;
-    std::uint8_t next;
-};
-constexpr Step X = {Command::Fail, 0};
-constexpr Step go(int next) { return {Command::None, static_cast<std::uint8_t>(next)}; }
-constexpr Step acc(int next) { return {Command::Accumulate, static_cast<std::uint8_t>(next)}; }
-constexpr Step st(int next) { return {Command::Store, static_cast<std::uint8_t>(next)}; }
-
 // clang-format off
 constexpr Step kTimeTable[6][4] = {
     //        space  digit   ':'    '.'
@@ -150,6 +140,7 @@ bool ReadTimeFields(const char* text, TypedTime& time) {
                 time.fields[time.stores++] = number;
                 number = 0;
                 break;
+            case Command::Fraction:  // not used by the clock table
             case Command::Fail: return false;
         }
         state = step.next;

@@ -8,29 +8,18 @@ namespace {
 
 using namespace time_text;
 
-enum class Command : std::uint8_t { None, Accumulate, NextGroup, Fraction, Fail };
-
 constexpr int kGroupsMax = 4;
 constexpr int kFractionState = 5;
 
-// wCommandTable and wStateTable side by side: {command, next state}.
-struct Step {
-    Command command;
-    std::uint8_t next;
-};
-constexpr Step X = {Command::Fail, 0};
-constexpr Step go(int next) { return {Command::None, static_cast<std::uint8_t>(next)}; }
-constexpr Step acc(int next) { return {Command::Accumulate, static_cast<std::uint8_t>(next)}; }
-constexpr Step nx(int next) { return {Command::NextGroup, static_cast<std::uint8_t>(next)}; }
-constexpr Step fr(int next) { return {Command::Fraction, static_cast<std::uint8_t>(next)}; }
-
+// wCommandTable and wStateTable side by side: {command, next state}; a
+// store moves on to the next group.
 // clang-format off
 constexpr Step kStateTable[7][4] = {
     //        space  digit   ':'    '.'
-    /* 0 */ {go(0), acc(1), nx(2), go(5)},
-    /* 1 */ {go(6), acc(1), nx(2), go(5)},
-    /* 2 */ {go(6), acc(2), nx(3), go(5)},
-    /* 3 */ {go(6), acc(3), nx(4), go(5)},
+    /* 0 */ {go(0), acc(1), st(2), go(5)},
+    /* 1 */ {go(6), acc(1), st(2), go(5)},
+    /* 2 */ {go(6), acc(2), st(3), go(5)},
+    /* 3 */ {go(6), acc(3), st(4), go(5)},
     /* 4 */ {go(6), acc(4), X,     go(5)},
     /* 5 */ {go(6), fr(5),  X,     X},
     /* 6 */ {go(6), X,      X,     X},
@@ -68,7 +57,7 @@ int AsciiToDays(const char* text, double* out) {
                 groups[group] = groups[group] * 10.0 + digit;
                 anyDigit = true;
                 break;
-            case Command::NextGroup:
+            case Command::Store:
                 if (++group == kGroupsMax) return 0;
                 break;
             case Command::Fraction:

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <string>
 
 #include "tavlo/qkstatic/DisplayFormats.h"
@@ -189,26 +190,17 @@ TEST(TimeToText, NarrowKeepsTheTimeOfDayWideDropsIt) {
 
 namespace {
 
-unsigned int CalendarField(const BrokenDownDate& date, DisplayField field) {
-    switch (field) {
-        case DisplayField::Year: return date.year;
-        case DisplayField::YearOfCentury: return date.year % 100u;
-        case DisplayField::Month: return date.month;
-        case DisplayField::Day: return date.day;
-        case DisplayField::Hour: return date.hour;
-        case DisplayField::Minute: return date.minute;
-        case DisplayField::Second: return date.second;
-        case DisplayField::Millisecond: return date.millisecond;
-        case DisplayField::Tenths: return date.millisecond / 100u;
-        default: return 0;
-    }
-}
-
 // The C library's rendering of a calendar row's pattern, the reference for the library's own printer.
 std::string SnprintfCalendar(const DisplayFormat& row, double value) {
-    const BrokenDownDate date = BreakDownDayNumber(value);
+    const BrokenDownDate d = BreakDownDayNumber(value);
+    std::map<DisplayField, unsigned int> byField = {
+        {DisplayField::Year, d.year},     {DisplayField::YearOfCentury, d.year % 100u},
+        {DisplayField::Month, d.month},   {DisplayField::Day, d.day},
+        {DisplayField::Hour, d.hour},     {DisplayField::Minute, d.minute},
+        {DisplayField::Second, d.second}, {DisplayField::Millisecond, d.millisecond},
+        {DisplayField::Tenths, d.millisecond / 100u}};
     unsigned int v[kDisplayFieldsMax];
-    for (unsigned int i = 0; i < kDisplayFieldsMax; ++i) v[i] = CalendarField(date, row.fields[i]);
+    for (unsigned int i = 0; i < kDisplayFieldsMax; ++i) v[i] = byField[row.fields[i]];
     char text[64];
     std::snprintf(text, sizeof(text), row.pattern, v[0], v[1], v[2], v[3], v[4], v[5], v[6]);
     return text;
