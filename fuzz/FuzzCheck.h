@@ -17,4 +17,14 @@ inline std::vector<unsigned char> ExactCopy(const std::uint8_t* data, std::size_
     return std::vector<unsigned char>(data, data + size);
 }
 
+// The byte form of `value`, which must fill exactly its serializationSize().
+template <typename Value>
+std::vector<unsigned char> Encode(const Value& value) {
+    std::vector<unsigned char> encoded(value.serializationSize());
+    unsigned char* write = encoded.data();
+    value.serialize(write, encoded.data() + encoded.size());
+    Require(write == encoded.data() + encoded.size());
+    return encoded;
+}
+
 }  // namespace fuzzcheck

@@ -25,9 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Require(wrapper.Data() == begin + 4 && wrapper.Data() + wrapper.Len() == cursor && cursor <= end);
 
-    std::vector<unsigned char> encoded(wrapper.serializationSize());
-    unsigned char* write = encoded.data();
-    wrapper.serialize(write, encoded.data() + encoded.size());
+    const std::vector<unsigned char> encoded = fuzzcheck::Encode(wrapper);
     Require(encoded == std::vector<unsigned char>(begin, cursor));
 
     zo::kel::BufferWrapper again;

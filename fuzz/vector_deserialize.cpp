@@ -14,18 +14,10 @@
 #include "zo/kel/StringBase.h"
 #include "zo/kel/Vector.h"
 
+using fuzzcheck::Encode;
 using fuzzcheck::Require;
 
 namespace {
-
-template <typename T>
-std::vector<unsigned char> Encode(const zo::kel::Vector<T>& vector) {
-    std::vector<unsigned char> encoded(vector.serializationSize());
-    unsigned char* write = encoded.data();
-    vector.serialize(write, encoded.data() + encoded.size());
-    Require(write == encoded.data() + encoded.size());
-    return encoded;
-}
 
 template <typename T>
 constexpr bool kFormIsCanonical = !std::is_same_v<T, zo::kel::WideString>;
