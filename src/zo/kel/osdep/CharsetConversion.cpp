@@ -76,17 +76,43 @@ Out* CopyAscii(const In* first, const In* last, Out* outFirst, Out* outLast) {
     return outFirst + count;
 }
 
+// One direction of conversion: the iconv charset pair, which side is the
+// narrow charset (for the ASCII shortcut) and the direction's throw switch.
+struct Route {
+    const char* from;
+    const char* to;
+    const char* narrowCharset;
+    bool throwing;
+};
+
+Route ToWide(const char* charsetName) { return {charsetName, kWideCharset, charsetName, gAnsiToWideThrows}; }
+Route FromWide(const char* charsetName) { return {kWideCharset, charsetName, charsetName, gWideToAnsiThrows}; }
+
 template <typename In, typename Out>
-unsigned int RequiredLength(const In* first, const In* last, const char* from, const char* to, bool throwing) {
+unsigned int RequiredLength(const In* first, const In* last, const Route& route) {
+    if (TakesAsciiShortcut(first, last, route.narrowCharset)) return RangeLength(first, last);
     Out* none = nullptr;
-    return NumericCast<unsigned int>(detail::IConv<In, Out>(first, last, from, nullptr, none, to, throwing));
+    return NumericCast<unsigned int>(
+        detail::IConv<In, Out>(first, last, route.from, nullptr, none, route.to, route.throwing));
 }
 
 template <typename In, typename Out>
-Out* ConvertInto(const In* first, const In* last, const char* from, Out* outFirst, Out* outLast, const char* to,
-                 bool throwing) {
-    detail::IConv<In, Out>(first, last, from, outFirst, outLast, to, throwing);
+Out* ConvertInto(const In* first, const In* last, Out* outFirst, Out* outLast, const Route& route) {
+    CheckOutputRange(outFirst, outLast);
+    if (TakesAsciiShortcut(first, last, route.narrowCharset)) return CopyAscii(first, last, outFirst, outLast);
+    detail::IConv<In, Out>(first, last, route.from, outFirst, outLast, route.to, route.throwing);
     return outLast;
+}
+
+// A new string of exactly the converted length.
+template <typename String, typename In>
+String Converted(const In* first, const In* last, const Route& route) {
+    using Out = typename String::value_type;
+    if (!first) return String();
+    String text(RequiredLength<In, Out>(first, last, route), Out());
+    Out* written = ConvertInto(first, last, text.begin(), text.end(), route);
+    text.resize(static_cast<unsigned int>(written - text.begin()));
+    return text;
 }
 
 }  // namespace
@@ -95,51 +121,37 @@ bool MakeAnsiToWideThrow(bool throws) noexcept { return gAnsiToWideThrows.exchan
 bool MakeWideToAnsiThrow(bool throws) noexcept { return gWideToAnsiThrows.exchange(throws); }
 
 unsigned int GetAnsiToWideRequiredBufferLength(const char* first, const char* last, const char* charsetName) {
-    if (TakesAsciiShortcut(first, last, charsetName)) return RangeLength(first, last);
-    return RequiredLength<char, wchar_t>(first, last, charsetName, kWideCharset, gAnsiToWideThrows);
+    return RequiredLength<char, wchar_t>(first, last, ToWide(charsetName));
 }
 
 wchar_t* AnsiToWideNoAlloc(const char* first, const char* last, wchar_t* outFirst, wchar_t* outLast,
                            const char* charsetName) {
-    CheckOutputRange(outFirst, outLast);
-    if (TakesAsciiShortcut(first, last, charsetName)) return CopyAscii(first, last, outFirst, outLast);
-    return ConvertInto(first, last, charsetName, outFirst, outLast, kWideCharset, gAnsiToWideThrows);
+    return ConvertInto(first, last, outFirst, outLast, ToWide(charsetName));
 }
 
 WideString AnsiToWide(const char* text, const char* end, const char* charsetName) {
-    if (!text) return WideString();
-    WideString wide(GetAnsiToWideRequiredBufferLength(text, end, charsetName), L'\0');
-    wchar_t* written = AnsiToWideNoAlloc(text, end, wide.begin(), wide.end(), charsetName);
-    wide.resize(static_cast<unsigned int>(written - wide.begin()));
-    return wide;
+    return Converted<WideString>(text, end, ToWide(charsetName));
 }
 
 WideString AnsiToWide(const char* text, unsigned int length, const char* charsetName) {
-    return text ? AnsiToWide(text, text + length, charsetName) : WideString();
+    return Converted<WideString>(text, text ? text + length : text, ToWide(charsetName));
 }
 
 unsigned int GetWideToAnsiRequiredBufferLength(const wchar_t* first, const wchar_t* last, const char* charsetName) {
-    if (TakesAsciiShortcut(first, last, charsetName)) return RangeLength(first, last);
-    return RequiredLength<wchar_t, char>(first, last, kWideCharset, charsetName, gWideToAnsiThrows);
+    return RequiredLength<wchar_t, char>(first, last, FromWide(charsetName));
 }
 
 char* WideToAnsiNoAlloc(const wchar_t* first, const wchar_t* last, char* outFirst, char* outLast,
                         const char* charsetName) {
-    CheckOutputRange(outFirst, outLast);
-    if (TakesAsciiShortcut(first, last, charsetName)) return CopyAscii(first, last, outFirst, outLast);
-    return ConvertInto(first, last, kWideCharset, outFirst, outLast, charsetName, gWideToAnsiThrows);
+    return ConvertInto(first, last, outFirst, outLast, FromWide(charsetName));
 }
 
 NarrowString WideToAnsi(const wchar_t* first, const wchar_t* last, const char* charsetName) {
-    if (!first) return NarrowString();
-    NarrowString narrow(GetWideToAnsiRequiredBufferLength(first, last, charsetName), '\0');
-    char* written = WideToAnsiNoAlloc(first, last, narrow.begin(), narrow.end(), charsetName);
-    narrow.resize(static_cast<unsigned int>(written - narrow.begin()));
-    return narrow;
+    return Converted<NarrowString>(first, last, FromWide(charsetName));
 }
 
 NarrowString WideToAnsi(const wchar_t* text, const char* charsetName) {
-    return text ? WideToAnsi(text, text + std::wcslen(text), charsetName) : NarrowString();
+    return Converted<NarrowString>(text, text ? text + std::wcslen(text) : text, FromWide(charsetName));
 }
 
 }  // namespace zo::kel::osdep
