@@ -3,6 +3,7 @@
 #include <ctype.h>
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -79,49 +80,71 @@ constexpr std::uint64_t kHighBits = 0x80 * kOnes;
 
 // True when `table` upper-cases 0..127 as ASCII does, so that whole words of
 // ASCII can be folded at once. Locale tables live for the whole process, so
-// the answer is kept per table.
+// the last verdict of each kind is kept (plain globals: a lost race only
+// repeats the check).
 bool FoldsAsciiPlainly(const std::int32_t* table) {
-    thread_local const std::int32_t* checkedTable = nullptr;
-    thread_local bool plain = false;
-    if (table != checkedTable) {
-        plain = true;
-        for (int c = 0; c < 0x80; ++c) plain = plain && table[c] == (c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
-        checkedTable = table;
-    }
+    static std::atomic<const std::int32_t*> lastPlain{nullptr};
+    static std::atomic<const std::int32_t*> lastOther{nullptr};
+    if (table == lastPlain.load(std::memory_order_relaxed)) return true;
+    if (table == lastOther.load(std::memory_order_relaxed)) return false;
+    bool plain = true;
+    for (int c = 0; c < 0x80; ++c) plain = plain && table[c] == (c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
+    (plain ? lastPlain : lastOther).store(table, std::memory_order_relaxed);
     return plain;
 }
 
-// Upper-cases eight ASCII bytes (each below 0x80) at once.
-std::uint64_t AsciiUpper(std::uint64_t word) {
-    const std::uint64_t fromA = word + kOnes * (0x80 - 'a');
-    const std::uint64_t pastZ = word + kOnes * (0x80 - 'z' - 1);
-    return word - ((fromA & ~pastZ & kHighBits) >> 2);
+// Sixteen bytes as one SIMD register (compiler vector extension).
+using Lanes = std::uint8_t __attribute__((vector_size(16)));
+
+Lanes LoadLanes(const char* at) {
+    Lanes lanes;
+    std::memcpy(&lanes, at, sizeof lanes);
+    return lanes;
 }
 
-// The narrow case-insensitive comparison, eight ASCII bytes per step where
+// The two 64-bit halves of `lanes` OR-ed together: zero when every lane is.
+std::uint64_t AnyLane(Lanes lanes) {
+    std::uint64_t halves[2];
+    std::memcpy(halves, &lanes, sizeof halves);
+    return halves[0] | halves[1];
+}
+
+// Upper-cases sixteen ASCII bytes at once.
+Lanes AsciiUpper(Lanes lanes) {
+    const auto isLower = reinterpret_cast<Lanes>((lanes >= 'a') & (lanes <= 'z'));
+    return lanes - (isLower & 0x20);
+}
+
+// The difference of the first unequal lanes of two upper-cased blocks.
+int FirstLaneDifference(Lanes a, Lanes b) {
+    std::uint8_t bytesA[16];
+    std::uint8_t bytesB[16];
+    std::memcpy(bytesA, &a, sizeof bytesA);
+    std::memcpy(bytesB, &b, sizeof bytesB);
+    std::size_t lane = 0;
+    while (bytesA[lane] == bytesB[lane]) ++lane;
+    return bytesA[lane] - bytesB[lane];
+}
+
+// The narrow case-insensitive comparison, sixteen ASCII bytes per step where
 // the locale allows it, unit by unit elsewhere.
 int NarrowCaseCompare(const char* aFirst, const char* aLast, const char* bFirst, const char* bLast) {
     const NarrowUpper upper;
-    const bool wordwise = FoldsAsciiPlainly(upper.table);
+    const bool blockwise = FoldsAsciiPlainly(upper.table);
     const std::size_t aLength = RangeLength(aFirst, aLast);
     const std::size_t bLength = RangeLength(bFirst, bLast);
     const std::size_t common = std::min(aLength, bLength);
     std::size_t at = 0;
     while (at < common) {
-        if (wordwise && common - at >= 8) {
-            std::uint64_t wordA;
-            std::uint64_t wordB;
-            std::memcpy(&wordA, aFirst + at, sizeof wordA);
-            std::memcpy(&wordB, bFirst + at, sizeof wordB);
-            if (((wordA | wordB) & kHighBits) == 0) {
-                const std::uint64_t upperA = AsciiUpper(wordA);
-                const std::uint64_t upperB = AsciiUpper(wordB);
-                if (upperA == upperB) {
-                    at += 8;
-                    continue;
-                }
-                const int shift = __builtin_ctzll(upperA ^ upperB) / 8 * 8;
-                return static_cast<int>((upperA >> shift) & 0xFF) - static_cast<int>((upperB >> shift) & 0xFF);
+        if (blockwise && common - at >= sizeof(Lanes)) {
+            const Lanes blockA = LoadLanes(aFirst + at);
+            const Lanes blockB = LoadLanes(bFirst + at);
+            if ((AnyLane(blockA | blockB) & kHighBits) == 0) {
+                const Lanes upperA = AsciiUpper(blockA);
+                const Lanes upperB = AsciiUpper(blockB);
+                if (AnyLane(upperA ^ upperB) != 0) return FirstLaneDifference(upperA, upperB);
+                at += sizeof(Lanes);
+                continue;
             }
         }
         if (const std::int32_t difference = upper(aFirst[at]) - upper(bFirst[at]); difference != 0) return difference;

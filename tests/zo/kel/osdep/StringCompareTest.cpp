@@ -28,6 +28,7 @@ const CompareRow kRows[] = {
     {"same text, longer", "same text", 8, 8},
     {"ABCDEFGH\xE9jklmnop", "abcdefgh\xE9JKLMNOQ", 'P' - 'Q', 'A' - 'a'},  // a non-ASCII byte mid-word
     {"0123456789abcdeF", "0123456789ABCDEF", 0, 'a' - 'A'},
+    {"abcdefghijKlmnopqrs", "ABCDEFGHIJLLMNOPQRS", 'K' - 'L', 'a' - 'A'},  // inside a folded block
     {"\xE9", "e", 0xE9 - 'E', 0xE9 - 'e'},  // bytes compare unsigned
 };
 
