@@ -32,6 +32,7 @@
 #include "zo/kel/osdep/Event.h"
 #include "zo/kel/osdep/IntegerToString.h"
 #include "zo/kel/osdep/Thread.h"
+#include "zo/kel/osdep/INIFileManager.h"
 #include "zo/kel/osdep/OSException.h"
 #include "zo/kel/osdep/SerializeUtf16.h"
 #include "zo/kel/osdep/StringCompare.h"

@@ -11,6 +11,8 @@
 #include <fstream>
 #include <string>
 
+#include "zo/kel/osdep/INIFileManager.h"
+
 namespace zo::kel::osdep {
 
 namespace {
@@ -19,9 +21,20 @@ namespace {
 std::atomic<bool> gIgnoreAllAssertions{false};
 std::atomic<AssertionAlert> gAssertionAlert{nullptr};
 
-// Read once at load from the configuration; off until the configuration
-// reader is part of the library.
-const bool gShowReleaseAsserts = false;
+// On only when "tavlo.ini" in the current directory says so; any failure
+// leaves release assertions silent.
+bool ConfiguredToShowReleaseAsserts() noexcept {
+    try {
+        const INIFileManager configuration("tavlo.ini", "WPH");
+        bool show = false;
+        return configuration.read(configuration.name(), "ShowReleaseAsserts", show) && show;
+    } catch (...) {
+        return false;
+    }
+}
+
+// Read once, at load.
+const bool gShowReleaseAsserts = ConfiguredToShowReleaseAsserts();
 
 const char* TextOrEmpty(const char* text) { return text ? text : ""; }
 
