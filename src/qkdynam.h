@@ -38,3 +38,10 @@
 #include "zo/kel/osdep/StringCompare.h"
 #include "zo/kel/osdep/SystemClock.h"
 #include "zoini/zoini.h"
+
+#include "tavlo/qkdynamic/PayloadFactories.h"
+#include "tavlo/qkstatic/ComInterfaces.h"
+#include "tavlo/qkstatic/VarDataExceptions.h"
+#include "tavlo/qkstatic/VarDataGuts.h"
+#include "tavlo/qkstatic/VarDataType.h"
+#include "tavlo/qkstatic/vardata.h"

@@ -48,7 +48,7 @@ TEST(Assertion, ReleaseAssertionsAreSilentUnlessSwitchedOn) {
 
 TEST(Assertion, MacrosReportTheirSite) {
     testing::internal::CaptureStderr();
-    const int line = __LINE__ + 1;
+    [[maybe_unused]] const int line = __LINE__ + 1;
     ZO_ASSERT_MSG(1 + 1 == 3, "arithmetic");
     ZO_ASSERT(2 > 1);
     const std::string printed = testing::internal::GetCapturedStderr();

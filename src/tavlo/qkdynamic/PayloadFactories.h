@@ -1,0 +1,19 @@
+// The exported factories of payload objects. Each returns a new object
+// holding one reference that belongs to the caller.
+#pragma once
+
+#include <cstddef>
+
+#include "qkdynam_platform.h"
+#include "tavlo/qkstatic/VarDataGuts.h"
+
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewRawGuts(const unsigned char* data, unsigned int size);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewCellGuts(unsigned short row, unsigned short column, const VarData* value);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVectorGuts();
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataDictionary();
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewAnsiGuts(const char* text);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewAnsiGutsLen(const char* text, std::size_t length);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewUnicodeGuts(const wchar_t* text);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewUnicodeGutsLen(const wchar_t* text, std::size_t length);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value);

@@ -1,0 +1,142 @@
+// In-place conversion of a VarData to another tag, and the text of any value.
+#include <bit>
+#include <cstdlib>
+#include <memory>
+
+#include "tavlo/qkstatic/NumberToText.h"
+#include "tavlo/qkstatic/vardata.h"
+#include "zo/kel/Exception.h"
+#include "zo/kel/osdep/AbsTimeToString.h"
+#include "zo/kel/osdep/IntegerToString.h"
+
+using vardata_type::Word;
+using zo::kel::NarrowString;
+using zo::kel::WideString;
+
+namespace {
+
+// Days since 1899-12-30 to 1904-01-01, the epoch of absolute time.
+constexpr double kDaysTo1904 = 1462.0;
+constexpr double kSecondsPerDay = 86400.0;
+constexpr unsigned long kNumberTextSize = 32;
+
+// The text of a value is made narrow or wide, whichever its source is; the
+// requested tag then decides the width.
+struct ValueText {
+    bool wide = false;
+    NarrowString narrow;
+    WideString wideText;
+};
+
+ValueText Narrow(NarrowString text) { return {false, std::move(text), {}}; }
+ValueText Wide(WideString text) { return {true, {}, std::move(text)}; }
+
+// "0x" and the digits, zero-padded to `digits`.
+NarrowString Hexadecimal(std::uint64_t value, unsigned int digits) {
+    const WideString hex = zo::kel::osdep::UInt64ToString(value, 16);
+    NarrowString text("0x");
+    if (hex.length() < digits) text.append(digits - hex.length(), '0');
+    text.append(hex);
+    return text;
+}
+
+NarrowString NumberText(double number) {
+    char buffer[kNumberTextSize];
+    const int length = NumberToText0(0, buffer, sizeof buffer, number);
+    if (length <= 0) return NarrowString();
+    return NarrowString(buffer, std::min<unsigned int>(static_cast<unsigned int>(length), kNumberTextSize - 1));
+}
+
+WideString AbsoluteTimeText(const zo::kel::AbsTime& time) {
+    try {
+        // The system's date and time, local, whole seconds: what an operator expects to read.
+        return zo::kel::osdep::AbsTimeToString(time, nullptr, nullptr, 0, zo::kel::osdep::LocalTime, true, nullptr,
+                                               zo::kel::osdep::LocaleDecimalSeparator);
+    } catch (const zo::kel::exception::Exception&) {
+        return WideString(L"Unable to display time value");
+    }
+}
+
+WideString DictionaryString(const VarData& value) {
+    std::unique_ptr<wchar_t, decltype(&std::free)> text(value.getIDict()->getString(), &std::free);
+    if (!text) throw std::bad_alloc();
+    return WideString(text.get());
+}
+
+// The text form of `value` as the conversion to Ansi or Unicode writes it.
+ValueText TextOf(const VarData& value) {
+    const auto tag = static_cast<VarDataType>(vardata_type::TagOf(value.GetType()));
+    switch (tag) {
+        case VarDataType::Logical: return Narrow(NarrowString(static_cast<bool>(value) ? "on" : "off"));
+        case VarDataType::ID64: {
+            unsigned long id = 0;
+            value.getID64(id);
+            return Narrow(Hexadecimal(id, 16));
+        }
+        case VarDataType::Numeric: {
+            unsigned int bits = 0;
+            if (value.getBitArray32(bits)) return Narrow(Hexadecimal(bits, 8));
+            return Narrow(NumberText(static_cast<double>(value)));
+        }
+        case VarDataType::Ansi: return Narrow(value.getAnsiString());
+        case VarDataType::Unicode: return Wide(value.getString());
+        case VarDataType::Raw: {
+            const unsigned char* data = nullptr;
+            unsigned int length = 0;
+            value.GetRaw(data, length);
+            return Narrow(data ? NarrowString(reinterpret_cast<const char*>(data), length) : NarrowString());
+        }
+        case VarDataType::Dictionary: return value.GetType() == Word(VarDataType::Dictionary) && value.getIDict()
+                                                 ? Wide(DictionaryString(value))
+                                                 : Wide(WideString());
+        case VarDataType::AbsTimeValue: {
+            zo::kel::AbsTime time;
+            return value.getAbsTime(time) ? Wide(AbsoluteTimeText(time)) : Wide(WideString());
+        }
+        case VarDataType::RelTimeValue: return Narrow(NumberText(static_cast<double>(value)));
+        default: return Narrow(NarrowString());  // no text form of its own
+    }
+}
+
+}  // namespace
+
+void VarData::Convert_(unsigned short target) {
+    const auto to = static_cast<VarDataType>(target);
+    // Converting to its own tag keeps a value; only a number sheds its subtype.
+    if (tag() == to && to != VarDataType::Numeric) return;
+    switch (to) {
+        case VarDataType::Numeric:
+            setInline(Word(VarDataType::Numeric), std::bit_cast<std::uint64_t>(static_cast<double>(*this)));
+            return;
+        case VarDataType::Logical: *this = static_cast<bool>(*this); return;
+        case VarDataType::Raw: {
+            if (tag() == VarDataType::Unicode) Convert_(VarDataType::Ansi);
+            const NarrowString bytes = tag() == VarDataType::Ansi ? getAnsiString() : NarrowString();
+            SetRaw(reinterpret_cast<const unsigned char*>(bytes.c_str()), bytes.length());
+            return;
+        }
+        case VarDataType::Dictionary: *this = dict(); return;
+        case VarDataType::AbsTimeValue:
+            setAbsTime(zo::kel::AbsTime((static_cast<double>(*this) - kDaysTo1904) * kSecondsPerDay, 0.0));
+            return;
+        case VarDataType::RelTimeValue: setRelTime(zo::kel::RelTime(static_cast<double>(*this) * kSecondsPerDay)); return;
+        case VarDataType::Ansi: {
+            ValueText text = TextOf(*this);
+            *this = VarData(text.wide ? NarrowString(text.wideText) : std::move(text.narrow));
+            return;
+        }
+        case VarDataType::Unicode: {
+            ValueText text = TextOf(*this);
+            *this = VarData(text.wide ? std::move(text.wideText) : WideString(text.narrow));
+            return;
+        }
+        default: return;  // no conversion to this tag
+    }
+}
+
+WideString VarData::coerceToString() const {
+    VarData copy(*this);
+    copy.Convert_(VarDataType::Unicode);
+    if (copy.tag() != VarDataType::Unicode) throw TypeErrorException();
+    return copy.getString();
+}
