@@ -1,7 +1,11 @@
 // A 32-bit counter whose every operation is atomic, lock-free and
 // sequentially consistent: the reference count of shared buffers and payload
-// objects. increment()/decrement() return the new value.
+// objects. increment()/decrement() return the new value. While the process
+// has only one thread they skip the bus lock, as the standard library's
+// shared pointers do: no other thread can observe the difference.
 #pragma once
+
+#include <sys/single_threaded.h>
 
 #include <atomic>
 
@@ -15,8 +19,8 @@ public:
     AtomicInt(const AtomicInt&) = delete;
     AtomicInt& operator=(const AtomicInt&) = delete;
 
-    int increment() noexcept { return value_.fetch_add(1) + 1; }
-    int decrement() noexcept { return value_.fetch_sub(1) - 1; }
+    int increment() noexcept { return add(1); }
+    int decrement() noexcept { return add(-1); }
 
     int value() const noexcept { return value_.load(); }
     operator int() const noexcept { return value_.load(); }
@@ -35,6 +39,15 @@ public:
     bool operator>=(int other) const noexcept { return value_.load() >= other; }
 
 private:
+    int add(int delta) noexcept {
+        if (__libc_single_threaded) {
+            const int result = value_.load(std::memory_order_relaxed) + delta;
+            value_.store(result, std::memory_order_relaxed);
+            return result;
+        }
+        return value_.fetch_add(delta) + delta;
+    }
+
     static_assert(std::atomic<int>::is_always_lock_free);
     std::atomic<int> value_;
 };
