@@ -63,6 +63,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // A written first name may itself begin like a byte-order mark.
     if (StartsLikeByteOrderMark(first)) return 0;
     if (RoundTrip(options, first.data(), first.size(), second) != 0) __builtin_trap();
+    // Leading blank lines go on rewriting, which can bring such a name to the front.
+    if (StartsLikeByteOrderMark(second)) return 0;
     if (RoundTrip(options, second.data(), second.size(), third) != 0) __builtin_trap();
     // Names ending like continuation items are joined again on every reading,
     // and the implicit section has no header: only other texts must be stable.
