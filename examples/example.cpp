@@ -3,7 +3,6 @@
 #include <cstdio>
 
 #include "qkdynam.h"
-#include "zo/kel/osdep/SystemClock.h"
 
 namespace {
 
