@@ -152,10 +152,17 @@ TEST_F(AbsTimeToStringTest, MoreThanThreeFractionDigitsThrow) {
     }
 }
 
-TEST(SystemClock, AgreesWithTimeToTheSecond) {
-    const std::int64_t before = static_cast<std::int64_t>(std::time(nullptr)) + kUnixEpoch;
+// time() reads the coarse clock, which may lag the precise one by a tick; bound with the precise one.
+std::int64_t PreciseUnixSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<std::int64_t>(now.tv_sec);
+}
+
+TEST(SystemClock, AgreesWithTheRealTimeClockToTheSecond) {
+    const std::int64_t before = PreciseUnixSeconds() + kUnixEpoch;
     const AbsTime now = zo::kel::osdep::GetCurrentAbsTime();
-    const std::int64_t after = static_cast<std::int64_t>(std::time(nullptr)) + kUnixEpoch;
+    const std::int64_t after = PreciseUnixSeconds() + kUnixEpoch;
     EXPECT_GE(now.secondsWord(), before);
     EXPECT_LE(now.secondsWord(), after);
     // Whole microseconds: the fraction times 10^6 is within rounding of an integer.
