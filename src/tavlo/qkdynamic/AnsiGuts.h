@@ -5,9 +5,10 @@
 
 #include "tavlo/qkdynamic/PayloadObject.h"
 #include "tavlo/qkstatic/vardata.h"
+#include "zo/kel/SmallBlockCache.h"
 #include "zo/kel/StringBase.h"
 
-class AnsiGuts final : public IVarDataAnsi, public IAnsiGuts {
+class AnsiGuts final : public IVarDataAnsi, public IAnsiGuts, public zo::kel::SmallBlockObject {
 public:
     AnsiGuts(const char* text, unsigned int length) : text_(text, length) {}
     explicit AnsiGuts(zo::kel::NarrowString text) : text_(std::move(text)) {}

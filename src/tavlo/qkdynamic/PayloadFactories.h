@@ -16,4 +16,3 @@ QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewAnsiGutsLen(const char* text, std:
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewUnicodeGuts(const wchar_t* text);
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewUnicodeGutsLen(const wchar_t* text, std::size_t length);
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value);
-QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value);

@@ -2,16 +2,18 @@
 // object. An object is born with one reference (its creator's) and deletes
 // itself at the Release that brings the count to zero. `Answered` lists the
 // identifiers QueryInterface accepts; each is answered with the object seen
-// as `Interface`.
+// as `Interface`. Objects live in the small-block cache: they come and go in
+// bursts.
 #pragma once
 
 #include <cstdint>
 
 #include "tavlo/qkstatic/ComInterfaces.h"
+#include "zo/kel/SmallBlockCache.h"
 #include "zo/kel/osdep/AtomicInt.h"
 
 template <class Interface, const _GUID&... Answered>
-class PayloadObject : public Interface {
+class PayloadObject : public Interface, public zo::kel::SmallBlockObject {
 public:
     std::int32_t QueryInterface(const _GUID& iid, void** object) override {
         if (((iid == Answered) || ...)) {

@@ -15,7 +15,7 @@ namespace {
 constexpr unsigned int kSetValueLimitLine = 176;
 constexpr unsigned int kGetValueReferenceLimitLine = 204;
 
-class VarDataDictionaryIterator final : public IVarDataIterator {
+class VarDataDictionaryIterator final : public IVarDataIterator, public zo::kel::SmallBlockObject {
 public:
     explicit VarDataDictionaryIterator(VarDataDictionary::Map::iterator position) : position_(position) {}
 

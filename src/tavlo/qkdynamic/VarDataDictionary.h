@@ -8,11 +8,13 @@
 
 #include "tavlo/qkdynamic/PayloadObject.h"
 #include "tavlo/qkstatic/vardata.h"
+#include "zo/kel/SmallBlockCache.h"
 
 class VarDataDictionary final
     : public PayloadObject<IVarDataDictionary, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataDictionary> {
 public:
-    using Map = std::map<VarData, VarData>;
+    using Map = std::map<VarData, VarData, std::less<VarData>,
+                         zo::kel::SmallBlockAllocator<std::pair<const VarData, VarData>>>;
 
     VarDataDictionary() = default;
     explicit VarDataDictionary(const Map& entries) : entries_(entries) {}
@@ -35,6 +37,8 @@ public:
     IVarDataDictionary* copy() const override { return new VarDataDictionary(entries_); }
     wchar_t* getString() const override;
     unsigned int size() const override { return static_cast<unsigned int>(entries_.size()); }
+
+    const Map& entries() const noexcept { return entries_; }
 
 private:
     void checkRoomForOneMore(unsigned int line) const;

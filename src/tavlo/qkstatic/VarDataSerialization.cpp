@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "tavlo/qkdynamic/RecentTexts.h"
 #include "tavlo/qkdynamic/VarDataDictionary.h"
 #include "tavlo/qkdynamic/VectorGuts.h"
 #include "tavlo/qkstatic/vardata.h"
@@ -124,6 +125,17 @@ private:
         }
         sequence->Release();
     }
+    // Visits a dictionary's entries in key order: our own map directly, any
+    // other implementation through its iterators.
+    template <class Visit>
+    static void ForEachEntry(const VarData& value, Visit visit) {
+        if (!value.holdsGuts()) return;
+        if (const auto* own = dynamic_cast<const VarDataDictionary*>(value.getIDict())) {
+            for (const auto& [key, item] : own->entries()) visit(key, item);
+            return;
+        }
+        for (auto it = value.begin(), end = value.end(); it != end; ++it) visit(it.key(), it.value());
+    }
     static bool IsWritable(const VarData& value);
     static void WriteBody(const VarData& value, ByteWriter& out, bool compact);
     static VarData ReadPayloadRecord(std::uint32_t type, ByteReader& in, bool compact, unsigned int depth);
@@ -181,10 +193,9 @@ Size VarDataCodec::BodySize(const VarData& value, bool compact) {
         }
         case VarDataType::Dictionary: {
             Size size = 4u;
-            if (!value.holdsGuts()) return size;
-            for (auto it = value.begin(), end = value.end(); it != end; ++it) {
-                size += RecordSize(it.key(), compact) + RecordSize(it.value(), compact);
-            }
+            ForEachEntry(value, [&](const VarData& key, const VarData& item) {
+                size += RecordSize(key, compact) + RecordSize(item, compact);
+            });
             return size;
         }
         default: return compact ? 0u : kFullMarkerBody;
@@ -286,11 +297,10 @@ void VarDataCodec::WriteBody(const VarData& value, ByteWriter& out, bool compact
         }
         case VarDataType::Dictionary: {
             out.put(value.holdsGuts() ? value.getIDict()->size() : 0u);
-            if (!value.holdsGuts()) return;
-            for (auto it = value.begin(), end = value.end(); it != end; ++it) {
-                WriteRecord(it.key(), out, compact);
-                WriteRecord(it.value(), out, compact);
-            }
+            ForEachEntry(value, [&](const VarData& key, const VarData& item) {
+                WriteRecord(key, out, compact);
+                WriteRecord(item, out, compact);
+            });
             return;
         }
         default: return;
@@ -374,7 +384,10 @@ VarData VarDataCodec::ReadPayloadRecord(std::uint32_t type, ByteReader& in, bool
     switch (static_cast<VarDataType>(vardata_type::TagOf(type))) {
         case VarDataType::Ansi: {
             const auto length = in.get<std::uint32_t>();
-            return VarData::ansi(reinterpret_cast<const char*>(in.take(length)), length);
+            const auto* text = reinterpret_cast<const char*>(in.take(length));
+            VarData value;
+            value.adoptGuts(Word(VarDataType::Ansi), length ? ReadAnsiGuts(text, length) : nullptr);
+            return value;
         }
         case VarDataType::Raw: {
             const auto length = in.get<std::uint32_t>();
@@ -450,8 +463,10 @@ VarData VarDataCodec::ReadDictionary(ByteReader& in, bool compact, unsigned int 
     VarDataDictionary::Map entries;
     for (std::uint32_t i = 0; i < count; ++i) {
         VarData key = ReadRecord(in, compact, depth + 1);
-        // Written in key order, so the end is the right place but for a repeated key.
-        entries.insert_or_assign(entries.end(), std::move(key), ReadRecord(in, compact, depth + 1));
+        VarData item = ReadRecord(in, compact, depth + 1);
+        // Written in key order, so the end is the place to try first; a
+        // repeated key lands on its entry and the last value wins.
+        entries.emplace_hint(entries.end(), std::move(key), VarData())->second = std::move(item);
     }
     VarData value;
     value.adoptGuts(Word(VarDataType::Dictionary), new VarDataDictionary(std::move(entries)));

@@ -152,6 +152,21 @@ TEST(VarDataSerialization, ReadingKeepsTheValueUntilTheRecordIsWhole) {
     }
 }
 
+// Written dictionaries are in key order, but a peer's bytes need not be: any
+// order is read, and a repeated key (here "B" after "b") keeps its last value.
+TEST(VarDataSerialization, DictionaryEntriesInAnyOrderAndRepeatedKeys) {
+    Bytes header = Serialized(VarData::dict(), true);
+    header[4] = 3;
+    const Bytes bytes = Concat({header, Serialized(VarData("b"), true), Serialized(Num(1), true),
+                                Serialized(VarData("a"), true), Serialized(Num(2), true),
+                                Serialized(VarData("B"), true), Serialized(Num(3), true)});
+    const VarData back = Read(bytes, true);
+    ASSERT_EQ(back.GetLength(), 2u);
+    EXPECT_EQ(static_cast<double>(back.getValue(VarData("a"))), 2.0);
+    EXPECT_EQ(static_cast<double>(back.getValue(VarData("b"))), 3.0);
+    EXPECT_EQ(back.begin().key().Compare(VarData("a")), 0);
+}
+
 TEST(VarDataSerialization, SkippedBlockTagReadsAsEmpty) {
     const Bytes block = {0x0E, 0x10, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0, 1, 2, 3, 4, 5, 6};
     const VarData value = Read(block, true);
