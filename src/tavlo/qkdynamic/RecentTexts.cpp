@@ -1,5 +1,6 @@
 #include "tavlo/qkdynamic/RecentTexts.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -10,12 +11,17 @@ namespace {
 
 // Keys and state words are short; long texts rarely repeat byte for byte.
 constexpr unsigned int kLongestKept = 32;
-constexpr std::size_t kSlotCount = 256;
+constexpr std::size_t kSlotCount = 256;  // one per value of the top hash byte
 
-std::uint32_t HashOf(const char* text, unsigned int length) {
-    std::uint32_t hash = 2166136261u;  // FNV-1a
-    for (unsigned int i = 0; i < length; ++i) hash = (hash ^ static_cast<unsigned char>(text[i])) * 16777619u;
-    return hash;
+// The slot of a text, mixed from its length and its bytes eight at a time.
+std::size_t SlotOf(const char* text, unsigned int length) {
+    std::uint64_t mixed = length;
+    for (unsigned int at = 0; at < length; at += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text + at, std::min(length - at, 8u));
+        mixed = (mixed ^ word) * 0x9E3779B97F4A7C15ull;
+    }
+    return static_cast<std::size_t>(mixed >> 56);  // the best bits of a multiplicative hash
 }
 
 // A direct-mapped table: a newer text evicts the one in its slot. Each slot
@@ -32,7 +38,7 @@ public:
     }
 
     IVarDataGuts* share(const char* text, unsigned int length) {
-        AnsiGuts*& slot = slots_[HashOf(text, length) % kSlotCount];
+        AnsiGuts*& slot = slots_[SlotOf(text, length)];
         if (!slot || slot->GetLength() != length || std::memcmp(slot->GetData(), text, length) != 0) {
             auto* made = new AnsiGuts(text, length);
             if (slot) slot->Release();
