@@ -33,15 +33,15 @@ struct FreeList {
 };
 
 // Constant-initialised and trivially destructible, so reaching it costs no
-// guard; the drainer below empties it when the thread ends. Initial-exec TLS
-// saves a resolver call on every allocation; the lists are small enough for
-// the static TLS reserve even when the library is loaded late.
+// guard; the drainer below empties it when the thread ends. (Initial-exec
+// TLS would save a resolver call, but it puts all of the library's
+// thread-local data in the static block, and a late dlopen then fails.)
 struct ThreadLists {
     FreeList lists[kClassCount];
     bool drainerArmed;
     bool closed;  // the thread is ending: keep nothing more
 };
-[[gnu::tls_model("initial-exec")]] thread_local ThreadLists tLists{};
+thread_local ThreadLists tLists{};
 
 struct Drainer {
     ~Drainer() {
