@@ -73,17 +73,18 @@ std::uint32_t ReadCountWrapped(const unsigned char*& cursor, const unsigned char
     return byteform::LoadCount(count);
 }
 
+void WriteCountWrapped(unsigned char*& cursor, unsigned char* ringStart, unsigned char* ringEnd, std::uint32_t n) {
+    unsigned char count[byteform::kCountSize];
+    byteform::StoreCount(count, n);
+    WriteWrapped(cursor, ringStart, ringEnd, count, sizeof count);
+}
+
 }  // namespace
 
 // ---- AutoBufferGuts
 
 void AutoBufferGuts::growToHold(unsigned int end) {
-    if (end <= capacity) return;
-    const unsigned int grown = GrownCapacity(end);
-    const std::size_t kept = length();
-    data = static_cast<unsigned char*>(DLLRealloc(data, grown));
-    dataEnd = data + kept;
-    capacity = grown;
+    if (end > capacity) Reserve(GrownCapacity(end));
 }
 
 void AutoBufferGuts::resizeIfNeeded(unsigned int extra) {
@@ -203,7 +204,7 @@ void AutoBuffer::Skip(unsigned int n) {
 }
 
 void AutoBuffer::Reserve(unsigned int n) {
-    if (n == 0 || MemUsage() >= n) return;
+    if (MemUsage() >= n) return;
     unshared().Reserve(n);
 }
 
@@ -261,14 +262,12 @@ void AutoBuffer::deserialize(const unsigned char*& cursor, const unsigned char* 
 void AutoBuffer::circularSerializeLength(unsigned char*& cursor, unsigned char* ringStart,
                                          unsigned char* ringEnd) const {
     CheckRingForWriting(cursor, ringStart, ringEnd, 0);
-    unsigned char count[byteform::kCountSize];
-    byteform::StoreCount(count, Len());
-    WriteWrapped(cursor, ringStart, ringEnd, count, sizeof count);
+    WriteCountWrapped(cursor, ringStart, ringEnd, Len());
 }
 
 void AutoBuffer::circularSerialize(unsigned char*& cursor, unsigned char* ringStart, unsigned char* ringEnd) const {
     CheckRingForWriting(cursor, ringStart, ringEnd, Len());
-    circularSerializeLength(cursor, ringStart, ringEnd);
+    WriteCountWrapped(cursor, ringStart, ringEnd, Len());
     if (Len() != 0) WriteWrapped(cursor, ringStart, ringEnd, Data(), Len());
 }
 

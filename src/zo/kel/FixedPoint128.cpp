@@ -69,8 +69,8 @@ tFixedPoint128<FractionBits, IsSigned>& tFixedPoint128<FractionBits, IsSigned>::
     const bool lastOut = count <= 128 && ((bits >> (count - 1)) & 1) != 0;
     Bits128 shifted;
     if constexpr (IsSigned) {
+        // A shift by 127 already fills every bit with the sign: the result of any longer shift.
         shifted = static_cast<Bits128>(static_cast<SignedBits128>(bits) >> (count < 128 ? count : 127));
-        if (count >= 128) shifted = IsNegative() ? ~Bits128{0} : 0;
     } else {
         shifted = count < 128 ? bits >> count : 0;
     }

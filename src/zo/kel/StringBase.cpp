@@ -6,6 +6,7 @@
 #include <cwchar>
 #include <utility>
 
+#include "zo/kel/ByteForm.h"
 #include "zo/kel/DLLMalloc.h"
 #include "zo/kel/Exception.h"
 #include "zo/kel/NumericCast.h"
@@ -30,14 +31,20 @@ Char* AllocateSlots(unsigned int capacity) {
     return static_cast<Char*>(DLLMalloc((std::size_t{capacity} + 1) * sizeof(Char)));
 }
 
+// The terminator of a zero-terminated text (null for a null text).
+template <typename Char>
+const Char* TextEnd(const Char* text) noexcept {
+    if (!text) return text;
+    if constexpr (std::is_same_v<Char, wchar_t>) {
+        return text + std::wcslen(text);
+    } else {
+        return text + std::strlen(reinterpret_cast<const char*>(text));
+    }
+}
+
 template <typename Char>
 unsigned int TextLength(const Char* text) {
-    if (!text) return 0;
-    if constexpr (std::is_same_v<Char, wchar_t>) {
-        return NumericCast<unsigned int>(std::wcslen(text));
-    } else {
-        return NumericCast<unsigned int>(std::strlen(reinterpret_cast<const char*>(text)));
-    }
+    return NumericCast<unsigned int>(TextEnd(text) - text);
 }
 
 template <typename Char>
@@ -87,26 +94,8 @@ void CheckOffset(unsigned int pos, unsigned int length) {
     if (pos > length) ZO_THROW(exception::OutOfRange2, kOffsetOutOfRange);
 }
 
-void WriteCount(unsigned char* at, std::uint32_t count) { std::memcpy(at, &count, sizeof count); }
-
-std::uint32_t ReadCount(const unsigned char* at) {
-    std::uint32_t count;
-    std::memcpy(&count, at, sizeof count);
-    return count;
-}
-
-std::size_t Room(const unsigned char* cursor, const unsigned char* limit) {
-    return cursor && limit > cursor ? static_cast<std::size_t>(limit - cursor) : 0;
-}
-
-unsigned int Saturated(std::uint64_t size) {
-    return static_cast<unsigned int>(std::min<std::uint64_t>(size, kLargestCount));
-}
-
-// Short input and short room carry no throw site, as every reader of the
-// binary forms expects.
+// Short input carries no throw site, as every reader of the string forms expects.
 [[noreturn]] void ThrowShortInput() { throw exception::DeserializationError(0, nullptr); }
-[[noreturn]] void ThrowShortRoom() { throw exception::BufferOverflow(0, nullptr); }
 
 // How characters of the other type become characters of this one.
 template <typename Char, typename OtherChar>
@@ -548,13 +537,7 @@ int STRING_BASE::exactCompare(const StringBase& other) const noexcept {
 
 STRING_BASE_TEMPLATE
 int STRING_BASE::exactCompare(const Char* text) const noexcept {
-    const Char* textEnd = text;
-    if constexpr (std::is_same_v<Char, wchar_t>) {
-        if (text) textEnd = text + std::wcslen(text);
-    } else {
-        if (text) textEnd = text + std::strlen(reinterpret_cast<const char*>(text));
-    }
-    return ExactCompare(begin_, end_, text, textEnd);
+    return ExactCompare(begin_, end_, text, TextEnd(text));
 }
 
 // ---- modification ------------------------------------------------------
@@ -637,11 +620,11 @@ void STRING_BASE::clear(BufferStrategy strategy) {
 STRING_BASE_TEMPLATE
 unsigned int STRING_BASE::serializationSize() const noexcept {
     if constexpr (std::is_same_v<Char, char>) {
-        return Saturated(std::uint64_t{length()} + 5);
+        return byteform::SaturatedFormSize(std::size_t{length()} + 1);
     } else if constexpr (std::is_same_v<Char, unsigned char>) {
-        return Saturated(std::uint64_t{length()} + 4);
+        return byteform::SaturatedFormSize(length());
     } else {
-        return GetUtf8EncodingBytesWithBufferLimit(begin_, end_, kWideFormByteLimit) + 4;
+        return GetUtf8EncodingBytesWithBufferLimit(begin_, end_, kWideFormByteLimit) + byteform::kCountSize;
     }
 }
 
@@ -649,16 +632,17 @@ STRING_BASE_TEMPLATE
 void STRING_BASE::serialize(unsigned char*& cursor, const unsigned char* limit) const {
     if constexpr (std::is_same_v<Char, wchar_t>) {
         const unsigned int byteCount = GetUtf8EncodingBytesWithBufferLimit(begin_, end_, kWideFormByteLimit);
-        if (Room(cursor, limit) < std::size_t{byteCount} + 4) ThrowShortRoom();
-        WriteCount(cursor, byteCount);
-        WideToUtf8(begin_, end_, cursor + 4, cursor + 4 + byteCount);
-        cursor += 4 + std::size_t{byteCount};
+        const std::size_t formSize = byteform::kCountSize + byteCount;
+        if (byteform::Room(cursor, limit) < formSize) byteform::ThrowBufferOverflow();
+        byteform::StoreCount(cursor, byteCount);
+        WideToUtf8(begin_, end_, cursor + byteform::kCountSize, cursor + formSize);
+        cursor += formSize;
     } else {
         constexpr unsigned int kTerminatorBytes = std::is_same_v<Char, char> ? 1 : 0;
-        const std::size_t formSize = std::size_t{length()} + 4 + kTerminatorBytes;
-        if (Room(cursor, limit) < formSize) ThrowShortRoom();
-        WriteCount(cursor, NumericCast<std::uint32_t>(std::uint64_t{length()} + kTerminatorBytes));
-        std::memcpy(cursor + 4, begin_, length());
+        const std::size_t formSize = byteform::kCountSize + length() + kTerminatorBytes;
+        if (byteform::Room(cursor, limit) < formSize) byteform::ThrowBufferOverflow();
+        byteform::StoreCount(cursor, NumericCast<std::uint32_t>(std::uint64_t{length()} + kTerminatorBytes));
+        std::memcpy(cursor + byteform::kCountSize, begin_, length());
         if (kTerminatorBytes) cursor[formSize - 1] = 0;
         cursor += formSize;
     }
@@ -666,11 +650,11 @@ void STRING_BASE::serialize(unsigned char*& cursor, const unsigned char* limit) 
 
 STRING_BASE_TEMPLATE
 void STRING_BASE::deserialize(const unsigned char*& cursor, const unsigned char* limit) {
-    const std::size_t room = Room(cursor, limit);
-    if (room < 4) ThrowShortInput();
-    const std::uint32_t count = ReadCount(cursor);
-    if (room - 4 < count) ThrowShortInput();
-    const unsigned char* bytes = cursor + 4;
+    const std::size_t room = byteform::Room(cursor, limit);
+    if (room < byteform::kCountSize) ThrowShortInput();
+    const std::uint32_t count = byteform::LoadCount(cursor);
+    if (room - byteform::kCountSize < count) ThrowShortInput();
+    const unsigned char* bytes = cursor + byteform::kCountSize;
     if constexpr (std::is_same_v<Char, char>) {
         if (count == 0 || bytes[count - 1] != 0) ZO_THROW(exception::DeserializationError);
         assignCharacters(reinterpret_cast<const char*>(bytes), count - 1);
