@@ -2,34 +2,28 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <string_view>
 
 #include "zo/kel/AutoBuffer.h"
+#include "zo/kel/KelTestSupport.h"
 #include "zo/kel/StringBase.h"
 
 namespace {
 
+using namespace kel_test;
 using zo::kel::AutoBuffer;
 using zo::kel::BufferWrapper;
 using zo::kel::CompareBuffers;
-using zo::kel::exception::BufferOverflow;
-using zo::kel::exception::DeserializationError;
-
-BufferWrapper View(std::string_view text) {
-    return BufferWrapper(reinterpret_cast<const unsigned char*>(text.data()), static_cast<unsigned int>(text.size()));
-}
 
 TEST(CompareBuffers, OrdersByBytesThenLength) {
-    struct Row {
+    const struct {
         std::string_view a, b;
         int expected;
-    };
-    constexpr Row kRows[] = {
+    } kRows[] = {
         {"ab", "abc", -1}, {"abd", "abc", 1}, {"abc", "abc", 0}, {"", "", 0},
         {"", "a", -1},     {"b", "abc", 1},   {"\xff", "\x01", 1},  // bytes compare unsigned
     };
-    for (const Row& row : kRows) {
+    for (const auto& row : kRows) {
         EXPECT_EQ(CompareBuffers(View(row.a), View(row.b)), row.expected) << row.a << " vs " << row.b;
         EXPECT_EQ(CompareBuffers(View(row.b), View(row.a)), -row.expected) << row.b << " vs " << row.a;
         EXPECT_EQ(View(row.a) == View(row.b), row.expected == 0);
@@ -39,20 +33,14 @@ TEST(CompareBuffers, OrdersByBytesThenLength) {
 }
 
 TEST(BufferWrapper, ViewsWithoutCopying) {
-    const AutoBuffer buffer(reinterpret_cast<const unsigned char*>("abc"), 3);
-    const BufferWrapper view(buffer);
-    EXPECT_EQ(view.Data(), buffer.Data());
-    EXPECT_EQ(view.Len(), 3u);
-
-    const std::array<unsigned char, 5> bytes{1, 2, 3, 4, 5};
-    const BufferWrapper range(bytes.data() + 1, bytes.data() + 4);
-    EXPECT_EQ(range.Data(), bytes.data() + 1);
-    EXPECT_EQ(range.Len(), 3u);
-
+    const AutoBuffer buffer(AsBytes("abc"), 3);
+    const Bytes bytes{1, 2, 3, 4, 5};
     const zo::kel::NarrowString text("text");
-    const BufferWrapper characters(text);
-    EXPECT_EQ(characters.Data(), reinterpret_cast<const unsigned char*>(text.c_str()));
-    EXPECT_EQ(characters.Len(), 4u);  // without the terminator
+    const BufferWrapper view(buffer), range(bytes.data() + 1, bytes.data() + 4), characters(text);
+    EXPECT_EQ(std::pair(view.Data(), view.Len()), std::pair(buffer.Data(), 3u));
+    EXPECT_EQ(std::pair(range.Data(), range.Len()), std::pair(bytes.data() + 1, 3u));
+    // Without the terminator.
+    EXPECT_EQ(std::pair(characters.Data(), characters.Len()), std::pair(AsBytes(text.c_str()), 4u));
 
     const AutoBuffer copy(range);
     EXPECT_NE(copy.Data(), range.Data());
@@ -60,27 +48,20 @@ TEST(BufferWrapper, ViewsWithoutCopying) {
 }
 
 TEST(BufferWrapper, FormPointsIntoTheInput) {
-    std::array<unsigned char, 8> out{};
-    unsigned char* cursor = out.data();
-    View("xyz").serialize(cursor, out.data() + out.size());
-    constexpr std::array<unsigned char, 8> kExpected{3, 0, 0, 0, 'x', 'y', 'z', 0};
-    EXPECT_EQ(out, kExpected);
-    EXPECT_EQ(cursor, out.data() + 7);
-    EXPECT_EQ(View("xyz").serializationSize(), 7u);
+    const Bytes form = Form(View("xyz"));
+    EXPECT_EQ(form, (Bytes{3, 0, 0, 0, 'x', 'y', 'z'}));  // serializationSize() is 7
     EXPECT_EQ(BufferWrapper(nullptr, 0xFFFFFFFFu).serializationSize(), 0xFFFFFFFFu);
-    EXPECT_THROW(View("xyz").serialize(cursor, out.data() + out.size()), BufferOverflow);
+    ExpectOverflow(View("xyz"), 6);
 
-    const unsigned char* read = out.data();
     BufferWrapper decoded;
-    decoded.deserialize(read, out.data() + 7);
-    EXPECT_EQ(decoded.Data(), out.data() + 4);
-    EXPECT_EQ(decoded.Len(), 3u);
-    EXPECT_EQ(read, out.data() + 7);
-
-    const unsigned char* shortRead = out.data();
-    EXPECT_THROW(decoded.deserialize(shortRead, out.data() + 6), DeserializationError);
-    EXPECT_THROW(decoded.deserialize(shortRead, out.data() + 3), DeserializationError);
-    EXPECT_EQ(shortRead, out.data());
-    EXPECT_EQ(decoded.Data(), out.data() + 4);
+    EXPECT_EQ(Read(decoded, form), 7u);
+    EXPECT_EQ(std::pair(decoded.Data(), decoded.Len()), std::pair(form.data() + 4, 3u));
+    for (const std::size_t shortSize : {6, 3}) {
+        const unsigned char* cursor = form.data();
+        EXPECT_THROW(decoded.deserialize(cursor, form.data() + shortSize), zo::kel::exception::DeserializationError);
+        EXPECT_EQ(cursor, form.data());
+    }
+    EXPECT_EQ(decoded.Data(), form.data() + 4);  // still the earlier view
 }
+
 }  // namespace

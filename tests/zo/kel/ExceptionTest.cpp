@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "zo/kel/KelTestSupport.h"
 #include "zo/kel/StringBase.h"
 
 namespace {
@@ -45,13 +46,11 @@ TEST(Exception, EveryClassHasItsTextAndCode) {
 }
 
 TEST(Exception, MessageCarriersAreCaughtAsTheirBase) {
-    try {
-        throw OutOfRange2("String offset out of range", 7, "zo/kel/StringBase");
-    } catch (const OutOfRange& caught) {
-        EXPECT_STREQ(caught.what(), "Out of range: String offset out of range");
-        EXPECT_EQ(caught.getLine(), 7u);
-        EXPECT_STREQ(caught.getFile(), "zo/kel/StringBase");
-    }
+    const kel_test::Thrown caught =
+        kel_test::ThrownBy<OutOfRange>([] { throw OutOfRange2("String offset out of range", 7, "zo/kel/StringBase"); });
+    EXPECT_EQ(caught.what, "Out of range: String offset out of range");
+    EXPECT_EQ(caught.line, 7u);
+    EXPECT_STREQ(caught.file, "zo/kel/StringBase");
     EXPECT_THROW(throw InvalidArgument2("x", 0, nullptr), InvalidArgument);
     EXPECT_THROW(throw BoundExceeded2("x", 0, nullptr), BoundExceeded);
     EXPECT_THROW(throw NotFound(0, nullptr), std::exception);
@@ -72,18 +71,11 @@ TEST(Exception, CopiesKeepSiteAndOwnTheirMessage) {
 
 TEST(Exception, SyntaxErrorInitialize) {
     SyntaxError error(3, "f");
-    error.initialize("");
-    EXPECT_STREQ(error.what(), "SyntaxError");
-    error.initialize("unexpected ')'");
-    EXPECT_STREQ(error.what(), "SyntaxError: unexpected ')'");
-}
-
-TEST(Exception, SyntaxErrorInitializeWithWideText) {
-    SyntaxError error(3, "f");
-    error.initialize(zo::kel::WideString(L"bad token"));
-    EXPECT_STREQ(error.what(), "SyntaxError: bad token");
-    error.initialize(zo::kel::WideString());
-    EXPECT_STREQ(error.what(), "SyntaxError");
+    const auto textAfter = [&error](const auto& text) { return error.initialize(text), std::string(error.what()); };
+    EXPECT_EQ(textAfter(""), "SyntaxError");
+    EXPECT_EQ(textAfter("unexpected ')'"), "SyntaxError: unexpected ')'");
+    EXPECT_EQ(textAfter(zo::kel::WideString(L"bad token")), "SyntaxError: bad token");
+    EXPECT_EQ(textAfter(zo::kel::WideString()), "SyntaxError");
     EXPECT_THROW(error.initialize(zo::kel::WideString(L"\u00E9")), UnableToConvert);
 }
 

@@ -26,27 +26,15 @@ struct DoubleRow {
 
 TEST(FixedPoint128, DoubleConvertsExactlyTruncatingTowardZero) {
     const DoubleRow rows[] = {
-        {0.0, 0, 0},
-        {-0.0, 0, 0},
-        {0.25, 0, 0x4000000000000000},
-        {-0.25, -1, 0xC000000000000000},
-        {1.5, 1, 0x8000000000000000},
-        {std::ldexp(1.0, -64), 0, 1},
-        {-std::ldexp(1.0, -64), -1, kAllOnes},
-        {std::ldexp(1.0, -65), 0, 0},
-        {1e-30, 0, 0},
-        {std::numeric_limits<double>::denorm_min(), 0, 0},
-        {1.0 / 3.0, 0, 0x5555555555555400},
-        {-1.0 / 3.0, -1, 0xAAAAAAAAAAAAAC00},
-        {4503599627370497.0, 4503599627370497, 0},
-        {std::ldexp(1.0, 62), std::int64_t{1} << 62, 0},
+        {0.0, 0, 0}, {-0.0, 0, 0}, {0.25, 0, 0x4000000000000000}, {-0.25, -1, 0xC000000000000000},
+        {1.5, 1, 0x8000000000000000}, {std::ldexp(1.0, -64), 0, 1}, {-std::ldexp(1.0, -64), -1, kAllOnes},
+        {std::ldexp(1.0, -65), 0, 0}, {1e-30, 0, 0}, {std::numeric_limits<double>::denorm_min(), 0, 0},
+        {1.0 / 3.0, 0, 0x5555555555555400}, {-1.0 / 3.0, -1, 0xAAAAAAAAAAAAAC00},
+        {4503599627370497.0, 4503599627370497, 0}, {std::ldexp(1.0, 62), std::int64_t{1} << 62, 0},
         // Integral parts beyond 63 bits lose their high bits.
-        {std::ldexp(1.0, 63), kMin, 0},
-        {std::ldexp(1.0, 64), 0, 0},
-        {std::numeric_limits<double>::infinity(), kMax, kAllOnes},
-        {-std::numeric_limits<double>::infinity(), kMin, 0},
-        {std::numeric_limits<double>::quiet_NaN(), kMax, kAllOnes},
-        {-std::numeric_limits<double>::quiet_NaN(), kMin, 0},
+        {std::ldexp(1.0, 63), kMin, 0}, {std::ldexp(1.0, 64), 0, 0},
+        {std::numeric_limits<double>::infinity(), kMax, kAllOnes}, {-std::numeric_limits<double>::infinity(), kMin, 0},
+        {std::numeric_limits<double>::quiet_NaN(), kMax, kAllOnes}, {-std::numeric_limits<double>::quiet_NaN(), kMin, 0},
     };
     for (const DoubleRow& row : rows) {
         const Signed converted = FromDouble(row.value);
@@ -89,22 +77,17 @@ TEST(FixedPoint128, DivisionGivesTheTruncated6464Quotient) {
     EXPECT_THROW(Signed::DivideInternal(Signed(1, 0), Signed(0, 0)), zo::kel::exception::InvalidArgument);
 }
 
+Signed Product(Signed a, const Signed& b) { return a *= b; }
+Unsigned Product(Unsigned a, const Unsigned& b) { return a *= b; }
+
 TEST(FixedPoint128, MultiplicationGivesTheTruncated6464Product) {
-    Signed product(1, 0x8000000000000000);
-    product *= Signed(2, 0x8000000000000000);
-    EXPECT_EQ(product, Signed(3, 0xC000000000000000));
-    product = Signed(-2, 0x8000000000000000);  // -1.5
-    product *= Signed(2, 0x8000000000000000);
-    EXPECT_EQ(product, Signed(-4, 0x4000000000000000));
-    product = Signed(0, 1);
-    product *= Signed(0, 1);
-    EXPECT_EQ(product, Signed(0, 0));
-    product = Signed(-1, kAllOnes);  // -2^-64 halved truncates toward zero
-    product *= Signed(0, 0x8000000000000000);
-    EXPECT_EQ(product, Signed(0, 0));
-    Unsigned big(0x100000000, 0);
-    big *= Unsigned(0x100000000, 0);
-    EXPECT_EQ(big, Unsigned(0, 0));
+    EXPECT_EQ(Product(Signed(1, 0x8000000000000000), Signed(2, 0x8000000000000000)), Signed(3, 0xC000000000000000));
+    // -1.5 * 2.5
+    EXPECT_EQ(Product(Signed(-2, 0x8000000000000000), Signed(2, 0x8000000000000000)), Signed(-4, 0x4000000000000000));
+    EXPECT_EQ(Product(Signed(0, 1), Signed(0, 1)), Signed(0, 0));
+    // -2^-64 halved truncates toward zero.
+    EXPECT_EQ(Product(Signed(-1, kAllOnes), Signed(0, 0x8000000000000000)), Signed(0, 0));
+    EXPECT_EQ(Product(Unsigned(0x100000000, 0), Unsigned(0x100000000, 0)), Unsigned(0, 0));
 }
 
 TEST(FixedPoint128, LongDoubleAndOrdering) {

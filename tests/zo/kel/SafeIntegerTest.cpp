@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "zo/kel/KelTestSupport.h"
 #include "zo/kel/NumericCast.h"
 
 namespace {
@@ -37,14 +38,10 @@ TEST(SafeInteger, OverflowThrowsStampedWithTheHeader) {
     EXPECT_THROW(U32(1) / 0u, OutOfRange);
     EXPECT_THROW(U32(std::uint64_t{1} << 32), OutOfRange);
     EXPECT_THROW(U32(-1), OutOfRange);
-    try {
-        U32 length = kMax;
-        ++length;
-        FAIL() << "no exception";
-    } catch (const OutOfRange& caught) {
-        EXPECT_STREQ(caught.getFile(), "./zo/kel/SafeInteger");
-        EXPECT_GT(caught.getLine(), 0u);
-    }
+    U32 length = kMax;
+    const kel_test::Thrown thrown = kel_test::ThrownBy<OutOfRange>([&] { ++length; });
+    EXPECT_STREQ(thrown.file, "./zo/kel/SafeInteger");
+    EXPECT_GT(thrown.line, 0u);
 }
 
 TEST(NumericCast, ChecksEveryNarrowing) {
@@ -66,11 +63,7 @@ TEST(NumericCast, ChecksEveryNarrowing) {
     EXPECT_EQ(NumericCast<std::int32_t>(-2147483648.0f), std::numeric_limits<std::int32_t>::min());
     EXPECT_EQ(NumericCast<std::uint8_t>(-0.75), 0u);
     EXPECT_THROW(NumericCast<std::int64_t>(9223372036854775808.0), OutOfRange);
-    try {
-        NumericCast<std::uint8_t>(300);
-    } catch (const OutOfRange& caught) {
-        EXPECT_STREQ(caught.getFile(), "./zo/kel/NumericCast");
-    }
+    EXPECT_STREQ(kel_test::ThrownBy<OutOfRange>([] { NumericCast<std::uint8_t>(300); }).file, "./zo/kel/NumericCast");
 }
 
 }  // namespace

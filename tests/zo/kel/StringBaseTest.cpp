@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <vector>
+#include <functional>
 
-#include "zo/kel/Exception.h"
+#include "zo/kel/KelTestSupport.h"
 
 namespace {
 
@@ -14,17 +13,26 @@ using zo::kel::NarrowString;
 using zo::kel::Utf8String;
 using zo::kel::WideString;
 using namespace zo::kel::exception;
+using namespace kel_test;
 
 constexpr unsigned int npos = NarrowString::npos;
-using Bytes = std::vector<unsigned char>;
 
-template <typename String>
-Bytes Serialized(const String& text) {
-    Bytes bytes(text.serializationSize());
-    unsigned char* cursor = bytes.data();
-    text.serialize(cursor, bytes.data() + bytes.size());
-    EXPECT_EQ(cursor, bytes.data() + bytes.size());
-    return bytes;
+// A step on a string, the text it leaves and the capacity it leaves (npos: not checked).
+struct Step {
+    std::function<void()> run;
+    const char* text;
+    unsigned int capacity = npos;
+};
+
+void RunSteps(const NarrowString& string, std::initializer_list<Step> steps) {
+    for (const Step& step : steps) {
+        step.run();
+        string.checkInvariants();
+        EXPECT_EQ(string.exactCompare(step.text), 0) << step.text;
+        if (step.capacity != npos) {
+            EXPECT_EQ(string.capacity(), step.capacity) << step.text;
+        }
+    }
 }
 
 TEST(StringBase, DefaultIsAnEmptyTerminatedBlock) {
@@ -55,8 +63,7 @@ TEST(StringBase, EqualityIgnoresCaseExactCompareDoesNot) {
     EXPECT_GT(NarrowString("a\0b", 3u).compare(NarrowString("a\0a", 3u)), 0);
     EXPECT_EQ(NarrowString("xabcx").compare(1, 3, "ABC", 3), 0);
     EXPECT_THROW(NarrowString("ab").compare(3, 1, "a", 1), OutOfRange2);
-    EXPECT_TRUE(Utf8String(reinterpret_cast<const unsigned char*>("Stra\xC3\x9F" "e")) ==
-                reinterpret_cast<const unsigned char*>("STRA\xC3\x9F" "E"));
+    EXPECT_TRUE(Utf8String(AsBytes("Stra\xC3\x9F" "e")) == AsBytes("STRA\xC3\x9F" "E"));
 }
 
 struct SearchRow {
@@ -122,14 +129,10 @@ TEST(StringBase, OffsetFaultsThrowWithTheirTextAndSite) {
     const NarrowString abc("abc");
     EXPECT_EQ(abc.substr(3).length(), 0u);
     EXPECT_EQ(abc.substr(1, 100).exactCompare("bc"), 0);
-    try {
-        abc.substr(4);
-        FAIL();
-    } catch (const OutOfRange2& failure) {
-        EXPECT_STREQ(failure.what(), "Out of range: String offset out of range");
-        EXPECT_STREQ(failure.getFile(), "zo/kel/StringBase");
-        EXPECT_GT(failure.getLine(), 0u);
-    }
+    const Thrown thrown = ThrownBy<OutOfRange2>([&] { abc.substr(4); });
+    EXPECT_EQ(thrown.what, "Out of range: String offset out of range");
+    EXPECT_STREQ(thrown.file, "zo/kel/StringBase");
+    EXPECT_GT(thrown.line, 0u);
     NarrowString text("abc");
     char out[4] = {};
     EXPECT_THROW(text.copy(out, 1, 4), OutOfRange2);
@@ -144,22 +147,13 @@ TEST(StringBase, OffsetFaultsThrowWithTheirTextAndSite) {
 
 TEST(StringBase, ModifyOperations) {
     NarrowString text("hello world");
-    text.replace(0, 5, NarrowString("goodbye"));
-    EXPECT_EQ(text.exactCompare("goodbye world"), 0);
-    text.replace(8, 100, NarrowString("moon!"), 0, 4);
-    EXPECT_EQ(text.exactCompare("goodbye moon"), 0);
-    text.replace(0, 4, text, 8, 4);  // from itself
-    EXPECT_EQ(text.exactCompare("moonbye moon"), 0);
-    text.erase(4, 4);
-    EXPECT_EQ(text.exactCompare("moonmoon"), 0);
-    char* at = text.erase(text.begin() + 1, text.begin() + 3);
-    EXPECT_EQ(*at, 'n');
-    EXPECT_EQ(text.exactCompare("mnmoon"), 0);
-    text.resize(8, '!');
-    EXPECT_EQ(text.exactCompare("mnmoon!!"), 0);
-    text.resize(2);
-    EXPECT_EQ(text.exactCompare("mn"), 0);
-    text.checkInvariants();
+    RunSteps(text, {{[&] { text.replace(0, 5, NarrowString("goodbye")); }, "goodbye world"},
+                    {[&] { text.replace(8, 100, NarrowString("moon!"), 0, 4); }, "goodbye moon"},
+                    {[&] { text.replace(0, 4, text, 8, 4); }, "moonbye moon"},  // from itself
+                    {[&] { text.erase(4, 4); }, "moonmoon"},
+                    {[&] { EXPECT_EQ(*text.erase(text.begin() + 1, text.begin() + 3), 'n'); }, "mnmoon"},
+                    {[&] { text.resize(8, '!'); }, "mnmoon!!"},
+                    {[&] { text.resize(2); }, "mn"}});
 
     WideString wide(L"ab");
     wide += L'c';
@@ -175,73 +169,40 @@ TEST(StringBase, ModifyOperations) {
 }
 
 TEST(StringBase, GrowthDoublesAndShrinkIsLazy) {
-    NarrowString text;
-    text.append("abc");
-    EXPECT_EQ(text.capacity(), 6u);  // 2 x 3
-    text.append("d");
-    EXPECT_EQ(text.capacity(), 6u);
-    text.append("efg");
-    EXPECT_EQ(text.capacity(), 14u);  // 2 x 7
-    text.reserve(10);
-    EXPECT_EQ(text.capacity(), 14u);
-    text.reserve(20);
-    EXPECT_EQ(text.capacity(), 20u);  // exact
-    text.erase(0, 7);
-    EXPECT_EQ(text.capacity(), 0u);  // 0 chars in a 20 block: shrunk to 0
-    text.append(std::string(10, 'x').c_str());
-    EXPECT_EQ(text.capacity(), 20u);
-    text.erase(0, 2);  // 8 of 20: more than twice, shrink to 8
-    EXPECT_EQ(text.capacity(), 8u);
-    text.erase(0, 4, KeepBuffer);
-    EXPECT_EQ(text.capacity(), 8u);
-    text.erase(0, 1);  // 3 of 8
-    EXPECT_EQ(text.capacity(), 3u);
-    text.clear(KeepBuffer);
-    EXPECT_EQ(text.capacity(), 3u);
-    text.clear();
-    EXPECT_EQ(text.capacity(), 0u);
-
-    NarrowString reserved;
-    reserved.reserve(10);
-    reserved.reserve(5);
-    EXPECT_EQ(reserved.capacity(), 10u);
-    reserved.clear();
-    EXPECT_EQ(reserved.capacity(), 0u);
-
-    NarrowString resized("abcdefgh");
-    resized.resize(2, ' ', KeepBuffer);
-    EXPECT_EQ(resized.capacity(), 8u);
-    resized.resize(1);
-    EXPECT_EQ(resized.capacity(), 1u);
-    resized.freeString();
-    EXPECT_EQ(resized.capacity(), 0u);
-    EXPECT_TRUE(resized.empty());
+    NarrowString text, reserved, resized("abcdefgh");
+    RunSteps(text, {{[&] { text.append("abc"); }, "abc", 6},  // 2 x 3
+                    {[&] { text.append("d"); }, "abcd", 6},
+                    {[&] { text.append("efg"); }, "abcdefg", 14},  // 2 x 7
+                    {[&] { text.reserve(10); }, "abcdefg", 14},
+                    {[&] { text.reserve(20); }, "abcdefg", 20},  // exact
+                    {[&] { text.erase(0, 7); }, "", 0},          // 0 chars in a 20 block: shrunk to 0
+                    {[&] { text.append(std::string(10, 'x').c_str()); }, "xxxxxxxxxx", 20},
+                    {[&] { text.erase(0, 2); }, "xxxxxxxx", 8},  // 8 of 20: more than twice, shrink to 8
+                    {[&] { text.erase(0, 4, KeepBuffer); }, "xxxx", 8},
+                    {[&] { text.erase(0, 1); }, "xxx", 3},  // 3 of 8
+                    {[&] { text.clear(KeepBuffer); }, "", 3},
+                    {[&] { text.clear(); }, "", 0}});
+    RunSteps(reserved, {{[&] { reserved.reserve(10); }, "", 10}, {[&] { reserved.reserve(5); }, "", 10},
+                        {[&] { reserved.clear(); }, "", 0}});
+    RunSteps(resized, {{[&] { resized.resize(2, ' ', KeepBuffer); }, "ab", 8},
+                       {[&] { resized.resize(1); }, "a", 1},
+                       {[&] { resized.freeString(); }, "", 0}});
 }
 
 TEST(StringBase, AppendingOwnTextDoublesIt) {
     NarrowString text("abcd");
-    text.append(text.c_str(), text.length());
-    EXPECT_EQ(text.exactCompare("abcdabcd"), 0);
-    text.append(text);
-    EXPECT_EQ(text.exactCompare("abcdabcdabcdabcd"), 0);
-    text.append(text, 12, 10);  // from inside itself, with growth
-    EXPECT_EQ(text.length(), 20u);
-    EXPECT_EQ(text.exactCompare("abcdabcdabcdabcdabcd"), 0);
-    text.checkInvariants();
+    RunSteps(text, {{[&] { text.append(text.c_str(), text.length()); }, "abcdabcd"},
+                    {[&] { text.append(text); }, "abcdabcdabcdabcd"},
+                    {[&] { text.append(text, 12, 10); }, "abcdabcdabcdabcdabcd"}});  // from inside itself, with growth
 }
 
 TEST(StringBase, AssignmentReusesOrReplacesTheBlock) {
     NarrowString text("0123456789");
-    text = "abcdef";  // 6 of 10 fits the lazy-shrink rule
-    EXPECT_EQ(text.capacity(), 10u);
-    text = "ab";
-    EXPECT_EQ(text.capacity(), 2u);
-    text.assign(text.c_str() + 1, 1);  // from inside itself
-    EXPECT_EQ(text.exactCompare("b"), 0);
-    text = L"wide";
-    EXPECT_EQ(text.exactCompare("wide"), 0);
-    text.assign(L"xyz", 2);
-    EXPECT_EQ(text.exactCompare("xy"), 0);
+    RunSteps(text, {{[&] { text = "abcdef"; }, "abcdef", 10},  // 6 of 10 fits the lazy-shrink rule
+                    {[&] { text = "ab"; }, "ab", 2},
+                    {[&] { text.assign(text.c_str() + 1, 1); }, "b"},  // from inside itself
+                    {[&] { text = L"wide"; }, "wide"},
+                    {[&] { text.assign(L"xyz", 2); }, "xy"}});
     NarrowString moved(std::move(text));
     EXPECT_EQ(moved.exactCompare("xy"), 0);
     EXPECT_TRUE(text.empty());  // NOLINT(bugprone-use-after-move): documented as left empty
@@ -272,63 +233,35 @@ TEST(StringBase, ConversionsBetweenInstantiations) {
 }
 
 TEST(StringBase, BinaryFormsByteForByte) {
-    EXPECT_EQ(Serialized(NarrowString("ab")), (Bytes{0x03, 0x00, 0x00, 0x00, 0x61, 0x62, 0x00}));
-    EXPECT_EQ(Serialized(NarrowString()), (Bytes{0x01, 0x00, 0x00, 0x00, 0x00}));
-    EXPECT_EQ(Serialized(WideString(L"ab")), (Bytes{0x02, 0x00, 0x00, 0x00, 0x61, 0x62}));
-    EXPECT_EQ(Serialized(WideString(L"\u00E9")), (Bytes{0x02, 0x00, 0x00, 0x00, 0xC3, 0xA9}));
-    EXPECT_EQ(Serialized(WideString()), (Bytes{0x00, 0x00, 0x00, 0x00}));
+    // Form() also holds serializationSize() to the bytes written.
+    EXPECT_EQ(Form(NarrowString("ab")), (Bytes{0x03, 0x00, 0x00, 0x00, 0x61, 0x62, 0x00}));
+    EXPECT_EQ(Form(NarrowString()), (Bytes{0x01, 0x00, 0x00, 0x00, 0x00}));
+    EXPECT_EQ(Form(WideString(L"ab")), (Bytes{0x02, 0x00, 0x00, 0x00, 0x61, 0x62}));
+    EXPECT_EQ(Form(WideString(L"\u00E9")), (Bytes{0x02, 0x00, 0x00, 0x00, 0xC3, 0xA9}));
+    EXPECT_EQ(Form(WideString(L"\u20AC")), (Bytes{0x03, 0x00, 0x00, 0x00, 0xE2, 0x82, 0xAC}));
+    EXPECT_EQ(Form(WideString()), (Bytes{0x00, 0x00, 0x00, 0x00}));
     const unsigned char raw[] = {0xFF, 0x00, 0x41};
-    EXPECT_EQ(Serialized(Utf8String(raw, 3u)), (Bytes{0x03, 0x00, 0x00, 0x00, 0xFF, 0x00, 0x41}));
-    EXPECT_EQ(NarrowString("ab").serializationSize(), 7u);
-    EXPECT_EQ(WideString(L"\u20AC").serializationSize(), 7u);
-    EXPECT_EQ(Utf8String().serializationSize(), 4u);
-}
-
-TEST(StringBase, SerializeIntoTooLittleRoomThrowsWithoutASite) {
-    unsigned char out[6];
-    unsigned char* cursor = out;
-    try {
-        NarrowString("ab").serialize(cursor, out + sizeof out);
-        FAIL();
-    } catch (const BufferOverflow& failure) {
-        EXPECT_EQ(failure.getLine(), 0u);
-        EXPECT_EQ(failure.getFile(), nullptr);
-    }
-    EXPECT_EQ(cursor, out);
-    EXPECT_THROW(WideString(L"abc").serialize(cursor, out + 6), BufferOverflow);
-    EXPECT_THROW(Utf8String(reinterpret_cast<const unsigned char*>("abc")).serialize(cursor, out + 6),
-                 BufferOverflow);
-}
-
-template <typename String, typename Expected = DeserializationError>
-void ExpectDeserializeFails(const Bytes& input, const char* site) {
-    String target("keep");
-    const unsigned char* cursor = input.data();
-    try {
-        target.deserialize(cursor, input.data() + input.size());
-        ADD_FAILURE() << "no exception";
-    } catch (const Expected& failure) {
-        if (site) {
-            EXPECT_STREQ(failure.getFile(), site);
-        } else {
-            EXPECT_EQ(failure.getFile(), nullptr);
-        }
-    }
-    EXPECT_EQ(cursor, input.data());
-    EXPECT_EQ(target, String("keep"));
-    target.checkInvariants();
+    EXPECT_EQ(Form(Utf8String(raw, 3u)), (Bytes{0x03, 0x00, 0x00, 0x00, 0xFF, 0x00, 0x41}));
+    EXPECT_EQ(Form(Utf8String()), (Bytes{0x00, 0x00, 0x00, 0x00}));
+    // Too little room throws without a site.
+    ExpectOverflow(NarrowString("ab"), 6);
+    ExpectOverflow(WideString(L"abc"), 6);
+    ExpectOverflow(Utf8String(AsBytes("abc")), 6);
 }
 
 TEST(StringBase, DeserializeRejectsBadInputAndKeepsTheTarget) {
-    ExpectDeserializeFails<NarrowString>({0x03, 0x00, 0x00}, nullptr);                     // no count
-    ExpectDeserializeFails<NarrowString>({0x03, 0x00, 0x00, 0x00, 'a', 0x00}, nullptr);    // short
-    ExpectDeserializeFails<NarrowString>({0x03, 0x00, 0x00, 0x00, 'a', 'b', 'c'}, "zo/kel/StringBase");
-    ExpectDeserializeFails<NarrowString>({0x00, 0x00, 0x00, 0x00}, "zo/kel/StringBase");  // count 0
-    ExpectDeserializeFails<NarrowString>({0xFF, 0xFF, 0xFF, 0xFF, 0x00}, nullptr);        // huge count
-    ExpectDeserializeFails<WideString>({0x02, 0x00, 0x00, 0x00, 0xC3}, nullptr);
-    ExpectDeserializeFails<WideString, InvalidSequence>({0x02, 0x00, 0x00, 0x00, 0xC3, 0x41}, "zo/kel/Utf8");
-    ExpectDeserializeFails<WideString, InvalidSequence>({0x01, 0x00, 0x00, 0x00, 0x80}, "zo/kel/Utf8");
-    ExpectDeserializeFails<WideString>({0xFF, 0xFF, 0xFF, 0x7F, 0x41}, nullptr);
+    const auto narrow = [] { return NarrowString("keep"); };
+    const auto wide = [] { return WideString("keep"); };
+    constexpr const char* kString = "zo/kel/StringBase";
+    ExpectReadFails(narrow, {0x03, 0x00, 0x00}, nullptr);                   // no count
+    ExpectReadFails(narrow, {0x03, 0x00, 0x00, 0x00, 'a', 0x00}, nullptr);  // short
+    ExpectReadFails(narrow, {0x03, 0x00, 0x00, 0x00, 'a', 'b', 'c'}, kString);
+    ExpectReadFails(narrow, {0x00, 0x00, 0x00, 0x00}, kString);        // count 0
+    ExpectReadFails(narrow, {0xFF, 0xFF, 0xFF, 0xFF, 0x00}, nullptr);  // huge count
+    ExpectReadFails(wide, {0x02, 0x00, 0x00, 0x00, 0xC3}, nullptr);
+    ExpectReadFails<InvalidSequence>(wide, {0x02, 0x00, 0x00, 0x00, 0xC3, 0x41}, "zo/kel/Utf8");
+    ExpectReadFails<InvalidSequence>(wide, {0x01, 0x00, 0x00, 0x00, 0x80}, "zo/kel/Utf8");
+    ExpectReadFails(wide, {0xFF, 0xFF, 0xFF, 0x7F, 0x41}, nullptr);
 }
 
 TEST(StringBase, DeserializeReadsEachFormAndAdvances) {
