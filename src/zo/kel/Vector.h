@@ -287,12 +287,18 @@ void Vector<T>::deserialize(const unsigned char*& cursor, const unsigned char* l
     if (count > byteform::Room(read, limit) / detail::MinimumElementForm<T>::kSize) {
         ZO_THROW(exception::DeserializationError);
     }
-    Impl fresh(count);
+    Impl fresh;
     if constexpr (detail::kIsRawElement<T>) {
-        const std::size_t bytes = std::size_t{count} * sizeof(T);
-        if (bytes != 0) std::memcpy(fresh.begin, read, bytes);
-        read += bytes;
+        // Copied into raw room: value-initialising first would write every byte twice.
+        if (count != 0) {
+            fresh.begin = allocate(count);
+            fresh.end = fresh.capacityEnd = fresh.begin + count;
+            std::memcpy(fresh.begin, read, std::size_t{count} * sizeof(T));
+        }
+        read += std::size_t{count} * sizeof(T);
     } else {
+        Impl elements(count);
+        fresh.swap(elements);
         for (T* element = fresh.begin; element != fresh.end; ++element) element->deserialize(read, limit);
     }
     impl_.swap(fresh);
