@@ -75,18 +75,11 @@ struct SearchRow {
 };
 
 const SearchRow kSearchRows[] = {
-    {"abcabc", "bc", 0, 1, npos},
-    {"abcabc", "bc", npos, npos, 4},
-    {"abcabc", "bc", 2, 4, 1},
-    {"abcabc", "abc", 3, 3, 3},
-    {"abcabc", "abcd", 0, npos, npos},
-    {"abcabc", "", 0, 0, 0},
+    {"abcabc", "bc", 0, 1, npos},      {"abcabc", "bc", npos, npos, 4}, {"abcabc", "bc", 2, 4, 1},
+    {"abcabc", "abc", 3, 3, 3},        {"abcabc", "abcd", 0, npos, npos}, {"abcabc", "", 0, 0, 0},
     {"abc", "", 3, npos, 3},  // an empty pattern at the end is not found forwards
-    {"abc", "", 7, npos, 3},
-    {"abc", "c", 3, npos, 2},
-    {"", "", 0, npos, 0},
-    {"aXbXc", "X", 4, npos, 3},
-    {"abc", "ABC", 0, npos, npos},  // searching is exact
+    {"abc", "", 7, npos, 3},           {"abc", "c", 3, npos, 2},        {"", "", 0, npos, 0},
+    {"aXbXc", "X", 4, npos, 3},        {"abc", "ABC", 0, npos, npos},  // searching is exact
 };
 
 TEST(StringBase, FindAndRfind) {
