@@ -16,7 +16,7 @@ static_assert(std::endian::native == std::endian::little, "the byte forms are th
 
 inline constexpr std::size_t kCountSize = 4;
 
-// Bytes between cursor and limit; 0 when the cursor is null, at or past the limit.
+// Bytes between cursor and limit; 0 when the cursor is null or not before the limit.
 inline std::size_t Room(const unsigned char* cursor, const unsigned char* limit) noexcept {
     return cursor && cursor < limit ? static_cast<std::size_t>(limit - cursor) : 0;
 }

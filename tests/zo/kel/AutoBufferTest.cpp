@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <thread>
@@ -203,37 +204,36 @@ TEST(AutoBuffer, DeserializeFromItsOwnBytes) {
     }
 }
 
-// Ring of 10 bytes; a record of 4 + 5 bytes written from offset 6 wraps.
+// Writes `text` as a record at `offset` of a zeroed ring of `size` bytes;
+// returns the ring and where the cursor ended.
+std::pair<Bytes, std::ptrdiff_t> RingWith(std::string_view text, std::size_t size, std::size_t offset) {
+    Bytes ring(size);
+    unsigned char* cursor = ring.data() + offset;
+    FromText(text).circularSerialize(cursor, ring.data(), ring.data() + size);
+    return {ring, cursor - ring.data()};
+}
+
+// Reads the record at `offset`; returns it and where the cursor ended.
+std::pair<AutoBuffer, std::ptrdiff_t> RecordAt(const Bytes& ring, std::size_t offset) {
+    const unsigned char* cursor = ring.data() + offset;
+    AutoBuffer record;
+    record.circularDeserialize(cursor, ring.data(), ring.data() + ring.size());
+    return {record, cursor - ring.data()};
+}
+
 TEST(AutoBuffer, RingFormWrapsAroundTheEnd) {
-    std::array<unsigned char, 10> ring{};
-    unsigned char* const start = ring.data();
-    unsigned char* const end = start + ring.size();
-    unsigned char* write = start + 6;
-    FromText("hello").circularSerialize(write, start, end);
-    EXPECT_EQ(ring, (std::array<unsigned char, 10>{'h', 'e', 'l', 'l', 'o', 0, 5, 0, 0, 0}));
-    EXPECT_EQ(write, start + 5);
-
-    const unsigned char* read = start + 6;
-    EXPECT_EQ(AutoBuffer::GetCircularDeserializationSize(read, start, end), 5u);
-    AutoBuffer decoded;
-    decoded.circularDeserialize(read, start, end);
-    EXPECT_EQ(decoded, FromText("hello"));
-    EXPECT_EQ(read, start + 5);
-
-    // The count itself may wrap; a record ending exactly at the end lands on the start.
-    std::array<unsigned char, 9> exact{};
-    unsigned char* at = exact.data() + 7;
-    FromText("abc").circularSerialize(at, exact.data(), exact.data() + 9);
-    EXPECT_EQ(exact, (std::array<unsigned char, 9>{0, 0, 'a', 'b', 'c', 0, 0, 3, 0}));
-    EXPECT_EQ(at, exact.data() + 5);
-    // A 2-byte record written from offset 3 ends exactly at the end of the ring.
-    const unsigned char* from = exact.data() + 3;
-    unsigned char* landing = exact.data() + 3;
-    FromText("xy").circularSerialize(landing, exact.data(), exact.data() + 9);
-    EXPECT_EQ(landing, exact.data());
-    decoded.circularDeserialize(from, exact.data(), exact.data() + 9);
-    EXPECT_EQ(decoded, FromText("xy"));
-    EXPECT_EQ(from, exact.data());
+    // A record of 4 + 5 bytes written from offset 6 of 10 wraps.
+    const auto [ring, written] = RingWith("hello", 10, 6);
+    EXPECT_EQ(ring, (Bytes{'h', 'e', 'l', 'l', 'o', 0, 5, 0, 0, 0}));
+    EXPECT_EQ(written, 5);
+    EXPECT_EQ(AutoBuffer::GetCircularDeserializationSize(ring.data() + 6, ring.data(), ring.data() + 10), 5u);
+    EXPECT_EQ(RecordAt(ring, 6), std::pair(FromText("hello"), std::ptrdiff_t{5}));
+    // The count itself may wrap.
+    EXPECT_EQ(RingWith("abc", 9, 7), std::pair(Bytes{0, 0, 'a', 'b', 'c', 0, 0, 3, 0}, std::ptrdiff_t{5}));
+    // A record ending exactly at the end of the ring lands on the start.
+    const auto [exact, landing] = RingWith("xy", 9, 3);
+    EXPECT_EQ(landing, 0);
+    EXPECT_EQ(RecordAt(exact, 3), std::pair(FromText("xy"), std::ptrdiff_t{0}));
 }
 
 TEST(AutoBuffer, RingReadsRejectBadRingsAndCounts) {
