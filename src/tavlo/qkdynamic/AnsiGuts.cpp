@@ -59,7 +59,7 @@ IAnsiGuts* AnsiGuts::ToLower() const { return Mapped(text_, [](unsigned char c) 
 IAnsiGuts* AnsiGuts::ToUpper() const { return Mapped(text_, [](unsigned char c) { return std::toupper(c); }); }
 
 IAnsiGuts* AnsiGuts::Concat(const IAnsiGuts* other) const {
-    return NewText(NarrowString(text_) .append(other->GetData(), other->GetLength()));
+    return NewText(NarrowString(text_).append(other->GetData(), other->GetLength()));
 }
 
 IAnsiGuts* AnsiGuts::Concat(const char* other) const { return NewText(text_ + other); }

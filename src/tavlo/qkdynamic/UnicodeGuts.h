@@ -2,15 +2,17 @@
 // the text read as a logical, numeric or time text.
 #pragma once
 
+#include <utility>
+
 #include "tavlo/qkdynamic/PayloadObject.h"
 #include "tavlo/qkstatic/vardata.h"
 #include "zo/kel/StringBase.h"
 
-// The payload of a Unicode value: immutable wide text.
 class UnicodeGuts final
     : public PayloadObject<IVarDataUnicode, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataUnicode> {
 public:
     UnicodeGuts(const wchar_t* text, unsigned int length) : text_(text, length) {}
+    explicit UnicodeGuts(zo::kel::WideString text) : text_(std::move(text)) {}
 
     explicit operator bool() const override;
     explicit operator double() const override;

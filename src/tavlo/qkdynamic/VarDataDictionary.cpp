@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <cwchar>
 #include <limits>
 
@@ -41,8 +40,8 @@ bool EntryLess(const Entry& a, const Entry& b) {
     return a.second.Compare(b.second) < 0;
 }
 
-bool EntryDiffers(const Entry& a, const Entry& b) {
-    return a.first.Compare(b.first) != 0 || a.second.Compare(b.second) != 0;
+bool SameEntry(const Entry& a, const Entry& b) {
+    return a.first.Compare(b.first) == 0 && a.second.Compare(b.second) == 0;
 }
 
 // A key or value in the text form: texts quoted (without escaping), anything
@@ -80,11 +79,7 @@ std::int32_t VarDataDictionary::Compare(const IVarDataGuts* other) const {
     if (&mine == &theirs) return 0;
     if (std::lexicographical_compare(mine.begin(), mine.end(), theirs.begin(), theirs.end(), EntryLess)) return -1;
     if (mine.size() != theirs.size()) return 1;
-    return std::equal(mine.begin(), mine.end(), theirs.begin(), [](const Entry& a, const Entry& b) {
-               return !EntryDiffers(a, b);
-           })
-               ? 0
-               : 1;
+    return std::equal(mine.begin(), mine.end(), theirs.begin(), SameEntry) ? 0 : 1;
 }
 
 void VarDataDictionary::checkRoomForOneMore(unsigned int line) const {

@@ -1,5 +1,7 @@
 #include "tavlo/qkdynamic/VarDataSSTimeValue.h"
 
+#include "tavlo/qkdynamic/PayloadFactories.h"
+
 VarDataSSTimeValue::operator double() const {
     return static_cast<double>(static_cast<long double>(getRelTime().fixedPoint()));
 }

@@ -6,7 +6,6 @@
 #include "tavlo/qkstatic/VarDataGuts.h"
 #include "zo/kel/AbsTime.h"
 #include "zo/kel/RelTime.h"
-#include "tavlo/qkdynamic/PayloadFactories.h"
 
 class VarDataSSTimeValue final
     : public PayloadObject<IVarDataSSTimeValue, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataSSTimeValue> {
@@ -26,4 +25,3 @@ public:
 private:
     tSSTimeValue value_;
 };
-

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <vector>
 
 #include "tavlo/qkstatic/DisplayFormats.h"
 #include "tavlo/qkstatic/SerialDate.h"
+#include "tavlo/qkstatic/TimeEncodings.h"
 #include "zo/kel/NumericCast.h"
 #include "zo/kel/TruncateToInt64.h"
 
@@ -17,8 +17,7 @@ constexpr unsigned int kGeneralFormat = 0;
 constexpr unsigned int kFirstExponentFormat = 10;
 constexpr unsigned int kLastExponentFormat = 18;
 constexpr double kElapsedDaysLimit = 2147483647.0;
-constexpr long kNanosecondsPerDay = 86400000000000;
-constexpr unsigned int kWideTimeBufferSize = 32;
+constexpr unsigned int kOwnBufferSize = 32;
 
 bool ContainsExponent(const char* text) noexcept { return std::strchr(text, 'E') != nullptr; }
 
@@ -196,30 +195,24 @@ int NumberToText0(unsigned int format, char* buf, unsigned long size, double val
 }
 
 int NumberToText(double value, int format, zo::kel::WideString& out) {
-    static const unsigned long initialSize = 32;
-    char first[initialSize];
-    std::vector<char> larger;
-    char* buffer = first;
-    int result = NumberToText0(static_cast<unsigned int>(format), buffer, initialSize, value);
-    for (unsigned long size = initialSize * 2; result < 0; size *= 2) {
-        larger.assign(size, '\0');
-        buffer = larger.data();
-        result = NumberToText0(static_cast<unsigned int>(format), buffer, size, value);
-    }
+    // NumberToText0 never reports a negative length (an overflow throws), so
+    // one buffer always does; a longer text is cut to it.
+    char buffer[kOwnBufferSize];
+    const int result = NumberToText0(static_cast<unsigned int>(format), buffer, sizeof buffer, value);
     out = result == 0 ? zo::kel::WideString() : zo::kel::WideString(static_cast<const char*>(buffer));
     return result;
 }
 
 int TimeToText(long ns, int format, char* buf, unsigned int size) {
-    return NumberToText0(static_cast<unsigned int>(format), buf, size, static_cast<double>(ns) / 8.64e13);
+    return NumberToText0(static_cast<unsigned int>(format), buf, size, static_cast<double>(ns) / kNanosecondsPerDay);
 }
 
 int TimeToText(long ns, int format, wchar_t* buf, unsigned int size) {
-    char narrow[kWideTimeBufferSize] = {};
-    const double days = static_cast<double>(ns / kNanosecondsPerDay);
+    char narrow[kOwnBufferSize] = {};
+    const double days = static_cast<double>(ns / static_cast<long>(kNanosecondsPerDayInteger));
     const int result = NumberToText0(static_cast<unsigned int>(format), narrow, sizeof(narrow), days);
     if (buf == nullptr || size == 0) return result;
-    const std::size_t count = std::min<std::size_t>({size - 1u, kWideTimeBufferSize - 1, std::strlen(narrow)});
+    const std::size_t count = std::min<std::size_t>({size - 1u, kOwnBufferSize - 1, std::strlen(narrow)});
     for (std::size_t i = 0; i < count; ++i) buf[i] = static_cast<wchar_t>(static_cast<signed char>(narrow[i]));
     buf[count] = L'\0';
     return result;

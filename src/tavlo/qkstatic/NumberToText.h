@@ -14,9 +14,9 @@ inline constexpr char szOverflow[] = "***************";
 // Writes `value` under display format `format` (77 and above: "General").
 // Returns 0 without writing when `buf` is null or `size` is 0.
 QKDYNAM_API int NumberToText0(unsigned int format, char* buf, unsigned long size, double value);
-// NumberToText0 into a buffer of its own (32 bytes, doubled while the result
-// is negative), widened into `out`; returns the NumberToText0 result. A text
-// longer than 31 characters is cut like any other.
+// NumberToText0 into a buffer of its own (32 bytes), widened into `out`;
+// returns the NumberToText0 result. A text longer than 31 characters is cut
+// like any other.
 QKDYNAM_API int NumberToText(double value, int format, zo::kel::WideString& out);
 // Fills `buf` with min(size, 16) − 1 asterisks and a zero, then reports
 // 1 − min(size, 16) through a checked narrowing: 1 or 0 for sizes 0 and 1,

@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "tavlo/qkdynamic/RecentTexts.h"
+#include "tavlo/qkdynamic/UnicodeGuts.h"
 #include "tavlo/qkdynamic/VarDataDictionary.h"
 #include "tavlo/qkdynamic/VectorGuts.h"
 #include "tavlo/qkstatic/vardata.h"
+#include "zo/kel/ByteForm.h"
 #include "zo/kel/Exception.h"
 #include "zo/kel/SafeInteger.h"
 #include "zo/kel/osdep/Assertion.h"
@@ -47,9 +49,7 @@ public:
     ByteWriter(unsigned char*& cursor, const unsigned char* end) : cursor_(cursor), end_(end) {}
 
     void need(std::size_t count) const {
-        if (cursor_ > end_ || static_cast<std::size_t>(end_ - cursor_) < count) {
-            ZO_THROW(zo::kel::exception::BufferOverflow);
-        }
+        if (zo::kel::byteform::Room(cursor_, end_) < count) ZO_THROW(zo::kel::exception::BufferOverflow);
     }
     template <class Integer>
     void put(Integer value) {
@@ -71,9 +71,7 @@ public:
     ByteReader(const unsigned char*& cursor, const unsigned char* end) : cursor_(cursor), end_(end) {}
 
     void need(std::size_t count) const {
-        if (cursor_ > end_ || static_cast<std::size_t>(end_ - cursor_) < count) {
-            ZO_THROW(zo::kel::exception::DeserializationError);
-        }
+        if (zo::kel::byteform::Room(cursor_, end_) < count) ZO_THROW(zo::kel::exception::DeserializationError);
     }
     template <class Integer>
     Integer get() {
@@ -268,7 +266,7 @@ void VarDataCodec::WriteBody(const VarData& value, ByteWriter& out, bool compact
             const wchar_t* text = unicode ? unicode->GetData() : L"";
             const unsigned int length = unicode ? unicode->GetLength() : 0;
             out.put(length);
-            out.need(Size(2u).get() * static_cast<std::size_t>(length));
+            out.need(std::size_t{2} * length);
             for (unsigned int i = 0; i < length; ++i) out.put(static_cast<std::uint16_t>(text[i]));
             return;
         }
@@ -418,13 +416,16 @@ VarData VarDataCodec::ReadUnicode(ByteReader& in) {
     const auto length = in.get<std::uint32_t>();
     const unsigned char* units = in.take(std::size_t{2} * length);
     if (length == 0) return VarData::unicode(nullptr, 0);
-    std::vector<wchar_t> text(length);
+    // Widened straight into the payload's own text.
+    zo::kel::WideString text(length, L'\0');
     for (std::uint32_t i = 0; i < length; ++i) {
         std::uint16_t unit;
         std::memcpy(&unit, units + 2 * static_cast<std::size_t>(i), sizeof unit);
         text[i] = static_cast<wchar_t>(unit);
     }
-    return VarData::unicode(text.data(), length);
+    VarData value;
+    value.adoptGuts(Word(VarDataType::Unicode), new UnicodeGuts(std::move(text)));
+    return value;
 }
 
 VarData VarDataCodec::ReadTime(std::uint32_t tag, ByteReader& in) {
@@ -512,10 +513,9 @@ VarData VarData::DeserializeWithSize(const unsigned char*& cursor, unsigned int 
         value.deserializeWithSizeImpl(cursor, end, true);
     } catch (const zo::kel::exception::DeserializationError&) {
         // Skip the unreadable record by its prefix, when there is one.
-        if (available >= 4) {
-            std::uint32_t length;
-            std::memcpy(&length, cursor, sizeof length);
-            cursor += std::min<std::size_t>(std::size_t{length} + 4, available);
+        if (available >= zo::kel::byteform::kCountSize) {
+            const std::size_t length = zo::kel::byteform::LoadCount(cursor);
+            cursor += std::min<std::size_t>(length + zo::kel::byteform::kCountSize, available);
         }
         value.Clear();
     }

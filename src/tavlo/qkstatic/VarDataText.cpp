@@ -22,8 +22,6 @@ IVarDataGuts* UnicodeOrNull(const wchar_t* text, std::size_t length) {
 std::size_t LengthOf(const char* text) { return text ? std::strlen(text) : 0; }
 std::size_t LengthOf(const wchar_t* text) { return text ? std::wcslen(text) : 0; }
 
-tSSTimeValue TimeRecord(std::int64_t seconds, std::uint64_t fraction) { return tSSTimeValue{fraction, seconds}; }
-
 }  // namespace
 
 VarData::VarData(const char* text) : type_(Word(VarDataType::Ansi)), payload_(0) {
@@ -112,11 +110,11 @@ void VarData::setISSTimeValue(unsigned int typeWord, const tSSTimeValue& value) 
 }
 
 void VarData::setAbsTime(const zo::kel::AbsTime& time) {
-    setISSTimeValue(Word(VarDataType::AbsTimeValue), TimeRecord(time.secondsWord(), time.fractionWord()));
+    setISSTimeValue(Word(VarDataType::AbsTimeValue), tSSTimeValue{time.fractionWord(), time.secondsWord()});
 }
 
 void VarData::setRelTime(const zo::kel::RelTime& time) {
-    setISSTimeValue(Word(VarDataType::RelTimeValue), TimeRecord(time.secondsWord(), time.fractionWord()));
+    setISSTimeValue(Word(VarDataType::RelTimeValue), tSSTimeValue{time.fractionWord(), time.secondsWord()});
 }
 
 bool VarData::getAbsTime(zo::kel::AbsTime& time) const {

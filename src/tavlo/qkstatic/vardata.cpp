@@ -38,25 +38,14 @@ void VarData::adoptGuts(std::uint32_t typeWord, IVarDataGuts* object) noexcept {
 
 VarData& VarData::operator=(const VarData& other) {
     if (this == &other) return *this;
+    // The source may live inside the payload about to be released (an element
+    // of this very vector): its words are read and its reference taken first.
     const std::uint32_t type = other.type_;
     const std::uint64_t payload = other.payload_;
-    IVarDataGuts* incoming = other.holdsGuts() ? other.guts() : nullptr;
-    if (hasPayloadFlag()) {
-        // The source may live inside the payload about to be released (an
-        // element of this very vector), so it is kept alive across the release.
-        if (incoming) incoming->AddRef();
-        releaseGuts();
-        type_ = type;
-        payload_ = payload;
-        if (incoming) {
-            incoming->AddRef();
-            incoming->Release();
-        }
-    } else {
-        type_ = type;
-        payload_ = payload;
-        if (incoming) incoming->AddRef();
-    }
+    if (other.holdsGuts()) other.guts()->AddRef();
+    releaseGuts();
+    type_ = type;
+    payload_ = payload;
     return *this;
 }
 
@@ -100,7 +89,7 @@ VarData VarData::brake() {
 
 VarData VarData::bitArray(unsigned int bits) {
     VarData value;
-    value.setInline(vardata_type::kBitArrayTypeWord, std::bit_cast<std::uint64_t>(static_cast<double>(bits)));
+    value.setBitArray32(bits);
     return value;
 }
 
@@ -153,9 +142,7 @@ void VarData::SetRaw(const unsigned char* data, unsigned int length) {
 void VarData::setID64(unsigned long id) { setInline(Word(VarDataType::ID64), id); }
 
 void VarData::setBitArray32(unsigned int bits) {
-    Clear();
-    *this = static_cast<double>(bits);
-    type_ = (type_ & ~0xF0000u) | 0x80000u;
+    setInline(vardata_type::kBitArrayTypeWord, std::bit_cast<std::uint64_t>(static_cast<double>(bits)));
 }
 
 void VarData::setVoidPointer(void* pointer) {
