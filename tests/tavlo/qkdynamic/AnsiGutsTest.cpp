@@ -41,13 +41,11 @@ TEST(AnsiGuts, ProperCapitalisesWords) {
 
 TEST(AnsiGuts, SubstringsClampToTheText) {
     const Text abc("abc");
-    EXPECT_EQ(Text(abc->Left(2)).str(), "ab");
-    EXPECT_EQ(Text(abc->Left(10)).str(), "abc");
-    EXPECT_EQ(Text(abc->Right(1)).str(), "c");
-    EXPECT_EQ(Text(abc->Right(10)).str(), "abc");
-    EXPECT_EQ(Text(abc->Mid(1, 1)).str(), "b");
-    EXPECT_EQ(Text(abc->Mid(1, 99)).str(), "bc");
-    EXPECT_EQ(Text(abc->Mid(7, 2)).str(), "");
+    const std::pair<IAnsiGuts*, const char*> rows[] = {{abc->Left(2), "ab"},   {abc->Left(10), "abc"},
+                                                       {abc->Right(1), "c"},   {abc->Right(10), "abc"},
+                                                       {abc->Mid(1, 1), "b"},  {abc->Mid(1, 99), "bc"},
+                                                       {abc->Mid(7, 2), ""}};
+    for (const auto& [made, text] : rows) EXPECT_EQ(Text(made).str(), text);
     EXPECT_EQ(abc.str(), "abc") << "the source never changes";
 }
 

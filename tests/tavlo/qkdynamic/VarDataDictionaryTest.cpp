@@ -5,17 +5,11 @@
 #include <cstdlib>
 #include <vector>
 
-#include "zo/kel/Exception.h"
+#include "tavlo/VarDataTestSupport.h"
 
 namespace {
 
-VarData Num(double value) { return VarData::num(value); }
-
-VarData Logical(bool value) {
-    VarData result;
-    result = value;
-    return result;
-}
+using namespace vardata_test;
 
 std::vector<double> Keys(const VarData& dictionary) {
     std::vector<double> keys;
@@ -25,12 +19,7 @@ std::vector<double> Keys(const VarData& dictionary) {
 
 TEST(VarDataDictionary, MissingKeysThrowOrInsert) {
     VarData dictionary = VarData::dict();
-    try {
-        dictionary.getValue(Num(1.0));
-        FAIL() << "no exception";
-    } catch (const KeyErrorException& error) {
-        EXPECT_STREQ(error.what(), "VarData key error");
-    }
+    EXPECT_THROW(dictionary.getValue(Num(1.0)), KeyErrorException);
     const VarData& constant = dictionary;
     EXPECT_THROW(constant[Num(1.0)], KeyErrorException);
     VarData& inserted = dictionary[Num(1.0)];
@@ -64,7 +53,7 @@ TEST(VarDataDictionary, KeysOrderByTagThenValue) {
     EXPECT_EQ(static_cast<double>(*found), 30.0);
     EXPECT_EQ(++found, dictionary.end());
     --found;
-    EXPECT_EQ(static_cast<double>(found->operator double()), 30.0);
+    EXPECT_EQ(found->operator double(), 30.0);
     EXPECT_EQ(dictionary.find(Num(9.0)), dictionary.end());
     EXPECT_TRUE(dictionary.hasKey(Logical(true)));
     EXPECT_FALSE(dictionary.hasKey(Logical(false)));
@@ -87,17 +76,14 @@ TEST(VarDataDictionary, CopiesAreIndependentExceptEraseWithoutCopyOnWrite) {
 }
 
 TEST(VarDataDictionary, CompareAndTruth) {
-    VarData small = VarData::dict(), large = VarData::dict(), longer = VarData::dict();
-    small.setValue(Num(1.0), Num(1.0));
+    VarData small = VarData::dict(), large = VarData::dict(), longer = VarData::dict(), same = VarData::dict();
+    for (VarData* one : {&small, &longer, &same}) one->setValue(Num(1.0), Num(1.0));
     large.setValue(Num(1.0), Num(2.0));
-    longer.setValue(Num(1.0), Num(1.0));
     longer.setValue(Num(2.0), Num(0.0));
     EXPECT_EQ(small.Compare(large), -1);
     EXPECT_EQ(large.Compare(small), 1);
     EXPECT_EQ(small.Compare(longer), -1);
     EXPECT_EQ(longer.Compare(small), 1);
-    VarData same = VarData::dict();
-    same.setValue(Num(1.0), Num(1.0));
     EXPECT_EQ(small.Compare(same), 0);
     EXPECT_FALSE(static_cast<bool>(VarData::dict()));
     EXPECT_TRUE(static_cast<bool>(longer));

@@ -9,19 +9,14 @@
 namespace {
 
 TEST(DisplayFormats, NamesAreFoundByExactBytes) {
-    short index = -1;
-    EXPECT_TRUE(IsFormat0("hh:mm:ss", &index));
-    EXPECT_EQ(index, 45);
-    EXPECT_TRUE(IsFormat0("HH:MM:SS", &index));
-    EXPECT_EQ(index, 36);
-    EXPECT_TRUE(IsFormat0("General", &index));
-    EXPECT_EQ(index, 0);
-    EXPECT_TRUE(IsFormat0("dd/mm/yyyy hh:mm:ss.sss", &index));
-    EXPECT_EQ(index, 76);
-    index = 99;
-    EXPECT_FALSE(IsFormat0("general", &index));
-    EXPECT_FALSE(IsFormat0("0.00 ", &index));
-    EXPECT_FALSE(IsFormat0("", &index));
+    const std::pair<const char*, short> rows[] = {
+        {"hh:mm:ss", 45}, {"HH:MM:SS", 36}, {"General", 0}, {"dd/mm/yyyy hh:mm:ss.sss", 76}};
+    for (const auto& [name, expected] : rows) {
+        short index = -1;
+        EXPECT_TRUE(IsFormat0(name, &index) && index == expected) << name;
+    }
+    short index = 99;
+    for (const char* name : {"general", "0.00 ", ""}) EXPECT_FALSE(IsFormat0(name, &index)) << name;
     EXPECT_EQ(index, 99);
 }
 
@@ -52,18 +47,6 @@ TEST(DisplayFormats, GetFormatTextClampsIndexAndAlwaysTerminates) {
     EXPECT_EQ(text[1], 'x');
     GetFormatText0(3, text, 0);
     EXPECT_EQ(text[1], 'x');
-}
-
-TEST(DisplayFormats, RowsKeepTheirPatternsAndKinds) {
-    EXPECT_STREQ(DisplayFormatAt(0).pattern, "%G");
-    EXPECT_STREQ(DisplayFormatAt(18).pattern, "%0.8E");
-    EXPECT_STREQ(DisplayFormatAt(25).pattern, "%08.0f");
-    EXPECT_STREQ(DisplayFormatAt(39).pattern, "%2.2lu:%2.2u:%2.2u.%3.3u");
-    EXPECT_STREQ(DisplayFormatAt(63).pattern, "0x%08X");
-    EXPECT_STREQ(DisplayFormatAt(76).pattern, "%2.2u/%2.2u/%4.4u %2.2u:%2.2u:%2.2u.%3.3u");
-    EXPECT_EQ(DisplayFormatAt(1000).kind, DisplayFormatKind::Number);
-    EXPECT_EQ(DisplayFormatAt(73).kind, DisplayFormatKind::Clock);
-    EXPECT_EQ(DisplayFormatAt(46).kind, DisplayFormatKind::Calendar);
 }
 
 }  // namespace

@@ -33,66 +33,25 @@ constexpr double kOneHourTwoMinutes3456 = (3600.0 + 120.0 + 3.456) / 86400.0;
 
 TEST(NumberToText0, EveryKindPrintsItsPattern) {
     const TextRow rows[] = {
-        {3, 1.005, "1.00"},
-        {0, 1e20, "1E+20"},
-        {0, 123.5, "123.5"},
-        {0, 1e-5, "1E-05"},
-        {0, -0.0, "-0"},
-        {500, 2.5, "2.5"},
-        {1, 2.5, "2"},
-        {9, 1.0 / 3.0, "0.33333333"},
-        {10, 12345.0, "1E+04"},
-        {12, 1e100, "1.00E+100"},
-        {18, -2.5e-7, "-2.50000000E-07"},
-        {19, 5.0, "05"},
-        {25, 3.7, "00000004"},
-        {26, 0.5, "12"},
-        {28, 0.1, "2.40"},
-        {29, 1.0, "1440"},
-        {32, 0.5, "43200"},
-        {34, 1.0 / 86400.0, "1.00"},
-        {56, 10.0, "0xA"},
-        {59, 255.9, "0x00FF"},
-        {59, -1.0, "0xFFFFFFFF"},
-        {63, 4294967301.0, "0x00000005"},
-        {57, std::numeric_limits<double>::quiet_NaN(), "0x00"},
-        {57, 1e30, "0x00"},
-        {35, 0.25, "06:00"},
-        {36, 1.5, "36:00:00"},
-        {36, 0.0, "00:00:00"},
-        {37, 1.0 + kOneHourTwoMinutes3456, "25:02:03.4"},
-        {38, 1.0 + kOneHourTwoMinutes3456, "25:02:03.45"},
-        {39, 1.0 + kOneHourTwoMinutes3456, "25:02:03.456"},
-        {40, 1.5, "2160:00"},
-        {41, kOneHourTwoMinutes3456, "62:03.4"},
-        {42, kOneHourTwoMinutes3456, "62:03.45"},
-        {43, kOneHourTwoMinutes3456, "62:03.456"},
-        {36, 1000.0 / 3.0, "8000:00:00"},
-        {44, 0.75, "18:00"},
-        {45, 123.5 + 1.0 / 86400.0, "12:00:01"},
-        {73, 2.0 + kOneHourTwoMinutes3456, "01:02:03.4"},
-        {46, 61.5, "03/01 12:00"},
-        {47, 61.5, "03/01 12:00:00"},
-        {48, 36526.0, "01/01/00"},
-        {49, 36526.0, "01/01/00 00:00"},
-        {50, 36526.0 + kOneHourTwoMinutes3456, "01/01/00 01:02:03"},
-        {51, 61.5, "01/03 12:00"},
-        {52, 61.5, "01/03 12:00:00"},
-        {53, 36557.0, "01/02/00"},
-        {54, 36557.0, "01/02/00 00:00"},
-        {55, 36557.5, "01/02/00 12:00:00"},
-        {64, 61.0, "03/01/1900"},
-        {64, 60.0, "02/29/1900"},
-        {64, 1.0, "01/01/1900"},
-        {65, 61.5, "03/01/1900 12:00"},
-        {66, 61.5, "03/01/1900 12:00:00"},
-        {67, 61.0, "01/03/1900"},
-        {68, 61.0, "01/03/1900 00:00"},
-        {69, 61.0, "01/03/1900 00:00:00"},
-        {70, 65536.0, "1900-01-00"},
-        {70, 65535.0, "2079-06-04"},
-        {71, 61.0, "1900-03-01 00:00"},
-        {72, 45000.5, "2023-03-15 12:00:00"},
+        {3, 1.005, "1.00"}, {0, 1e20, "1E+20"}, {0, 123.5, "123.5"}, {0, 1e-5, "1E-05"}, {0, -0.0, "-0"},
+        {500, 2.5, "2.5"}, {1, 2.5, "2"}, {9, 1.0 / 3.0, "0.33333333"}, {10, 12345.0, "1E+04"},
+        {12, 1e100, "1.00E+100"}, {18, -2.5e-7, "-2.50000000E-07"}, {19, 5.0, "05"}, {25, 3.7, "00000004"},
+        {26, 0.5, "12"}, {28, 0.1, "2.40"}, {29, 1.0, "1440"}, {32, 0.5, "43200"}, {34, 1.0 / 86400.0, "1.00"},
+        {56, 10.0, "0xA"}, {59, 255.9, "0x00FF"}, {59, -1.0, "0xFFFFFFFF"}, {63, 4294967301.0, "0x00000005"},
+        {57, std::numeric_limits<double>::quiet_NaN(), "0x00"}, {57, 1e30, "0x00"}, {35, 0.25, "06:00"},
+        {36, 1.5, "36:00:00"}, {36, 0.0, "00:00:00"}, {37, 1.0 + kOneHourTwoMinutes3456, "25:02:03.4"},
+        {38, 1.0 + kOneHourTwoMinutes3456, "25:02:03.45"}, {39, 1.0 + kOneHourTwoMinutes3456, "25:02:03.456"},
+        {40, 1.5, "2160:00"}, {41, kOneHourTwoMinutes3456, "62:03.4"}, {42, kOneHourTwoMinutes3456, "62:03.45"},
+        {43, kOneHourTwoMinutes3456, "62:03.456"}, {36, 1000.0 / 3.0, "8000:00:00"}, {44, 0.75, "18:00"},
+        {45, 123.5 + 1.0 / 86400.0, "12:00:01"}, {73, 2.0 + kOneHourTwoMinutes3456, "01:02:03.4"},
+        {46, 61.5, "03/01 12:00"}, {47, 61.5, "03/01 12:00:00"}, {48, 36526.0, "01/01/00"},
+        {49, 36526.0, "01/01/00 00:00"}, {50, 36526.0 + kOneHourTwoMinutes3456, "01/01/00 01:02:03"},
+        {51, 61.5, "01/03 12:00"}, {52, 61.5, "01/03 12:00:00"}, {53, 36557.0, "01/02/00"},
+        {54, 36557.0, "01/02/00 00:00"}, {55, 36557.5, "01/02/00 12:00:00"}, {64, 61.0, "03/01/1900"},
+        {64, 60.0, "02/29/1900"}, {64, 1.0, "01/01/1900"}, {65, 61.5, "03/01/1900 12:00"},
+        {66, 61.5, "03/01/1900 12:00:00"}, {67, 61.0, "01/03/1900"}, {68, 61.0, "01/03/1900 00:00"},
+        {69, 61.0, "01/03/1900 00:00:00"}, {70, 65536.0, "1900-01-00"}, {70, 65535.0, "2079-06-04"},
+        {71, 61.0, "1900-03-01 00:00"}, {72, 45000.5, "2023-03-15 12:00:00"},
         {74, 45000.0 + kOneHourTwoMinutes3456, "2023-03-15 01:02:03.456"},
         {75, 45000.0 + kOneHourTwoMinutes3456, "03/15/2023 01:02:03.456"},
         {76, 45000.0 + kOneHourTwoMinutes3456, "15/03/2023 01:02:03.456"},
@@ -126,10 +85,9 @@ TEST(NumberToText0, ElapsedOverflowShowsAsterisksThenThrows) {
 }
 
 TEST(NumberToText0, NegativeTimesOfDayThrow) {
-    char buffer[32];
-    EXPECT_THROW(NumberToText0(36, buffer, sizeof(buffer), -1.5), OutOfRange);
-    EXPECT_THROW(NumberToText0(72, buffer, sizeof(buffer), -0.25), OutOfRange);
-    EXPECT_THROW(NumberToText0(64, buffer, sizeof(buffer), std::numeric_limits<double>::infinity()), OutOfRange);
+    EXPECT_THROW(Text(36, -1.5), OutOfRange);
+    EXPECT_THROW(Text(72, -0.25), OutOfRange);
+    EXPECT_THROW(Text(64, std::numeric_limits<double>::infinity()), OutOfRange);
     // A whole negative day has no negative time of day: it wraps as 16 or 32 bits.
     EXPECT_EQ(Text(64, -1.0), "06/04/2079");
     EXPECT_EQ(Text(35, -1.0), "4294967272:00");
@@ -176,19 +134,18 @@ TEST(TimeToText, NarrowKeepsTheTimeOfDayWideDropsIt) {
     wchar_t wide[32];
     EXPECT_EQ(TimeToText(61 * kDay + kDay / 2, 72, wide, 32), 19);
     EXPECT_STREQ(wide, L"1900-03-01 00:00:00");
-    TimeToText(61 * kDay, 72, wide, 5);
-    EXPECT_STREQ(wide, L"1900");
-    TimeToText(61 * kDay, 72, wide, 1);
-    EXPECT_STREQ(wide, L"");
-    TimeToText(-kDay / 2, 0, wide, 32);
-    EXPECT_STREQ(wide, L"0");
-    TimeToText(2 * kDay, -5, wide, 32);
-    EXPECT_STREQ(wide, L"2");
+    struct Row {
+        long ns;
+        int format;
+        unsigned int size;
+        const wchar_t* text;
+    };
+    for (const Row& row : {Row{61 * kDay, 72, 5, L"1900"}, Row{61 * kDay, 72, 1, L""}, Row{-kDay / 2, 0, 32, L"0"},
+                           Row{2 * kDay, -5, 32, L"2"}}) {
+        TimeToText(row.ns, row.format, wide, row.size);
+        EXPECT_STREQ(wide, row.text) << row.ns << " " << row.format;
+    }
 }
-
-}  // namespace
-
-namespace {
 
 // The C library's rendering of a calendar row's pattern, the reference for the library's own printer.
 std::string SnprintfCalendar(const DisplayFormat& row, double value) {
@@ -224,10 +181,6 @@ TEST(NumberToText0, FieldPatternsPrintAsTheCLibraryAndCutLikeIt) {
         }
     }
 }
-
-}  // namespace
-
-namespace {
 
 TEST(NumberToText, FillsAWideStringFromItsOwnBuffer) {
     zo::kel::WideString out(L"old");

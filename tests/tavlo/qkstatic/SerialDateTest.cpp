@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "zo/kel/Exception.h"
@@ -36,7 +38,9 @@ TEST(SerialDate, BreaksDayNumbersDown) {
         unsigned short fields[11];
         GetDate0(&dayNumber, fields);
         const unsigned short* expected = &row.expected.year;
-        for (int field = 0; field < 11; ++field) EXPECT_EQ(fields[field], expected[field]) << row.dayNumber << " field " << field;
+        for (int field = 0; field < 11; ++field) {
+            EXPECT_EQ(fields[field], expected[field]) << row.dayNumber << " field " << field;
+        }
     }
 }
 
@@ -46,19 +50,14 @@ TEST(SerialDate, NegativeTimeOfDayThrows) {
     EXPECT_THROW(SplitMilliseconds(-1), zo::kel::exception::OutOfRange);
     EXPECT_THROW(SplitMilliseconds(3600000LL * 65536), zo::kel::exception::OutOfRange);
     const ClockTime clock = SplitMilliseconds(3600000LL * 65535 + 61001);
-    EXPECT_EQ(clock.hour, 65535);
-    EXPECT_EQ(clock.minute, 1);
-    EXPECT_EQ(clock.second, 1);
-    EXPECT_EQ(clock.millisecond, 1);
+    EXPECT_EQ(std::tuple(clock.hour, clock.minute, clock.second, clock.millisecond), std::tuple(65535, 1, 1, 1));
 }
 
 TEST(SerialDate, DateDay0InvertsGetDate0OverTheWholeRange) {
-    EXPECT_EQ(DateDay0(1, 1, 1900), 1);
-    EXPECT_EQ(DateDay0(29, 2, 1900), 60);
-    EXPECT_EQ(DateDay0(1, 3, 1900), 61);
-    EXPECT_EQ(DateDay0(1, 1, 2000), 36526);
-    EXPECT_EQ(DateDay0(4, 6, 2079), 65535);
-    EXPECT_EQ(DateDay0(5, 6, 2079), 0);
+    // day, month, year, day number
+    const unsigned int rows[][4] = {{1, 1, 1900, 1},     {29, 2, 1900, 60},    {1, 3, 1900, 61},
+                                    {1, 1, 2000, 36526}, {4, 6, 2079, 65535}, {5, 6, 2079, 0}};
+    for (const auto& row : rows) EXPECT_EQ(DateDay0(row[0], row[1], row[2]), row[3]) << row[2] << "-" << row[1];
     for (unsigned int day = 1; day <= 65535; ++day) {
         const BrokenDownDate date = BreakDownDayNumber(day);
         ASSERT_EQ(DateDay0(date.day, date.month, date.year), day);
@@ -66,20 +65,16 @@ TEST(SerialDate, DateDay0InvertsGetDate0OverTheWholeRange) {
 }
 
 TEST(SerialDate, ConcurrentCallsAgree) {
-    auto work = [](double leapDay, unsigned short expectedDay) {
-        for (int i = 0; i < 2000; ++i) {
-            const BrokenDownDate date = BreakDownDayNumber(leapDay);
-            if (date.day != expectedDay) return false;
-        }
-        return true;
+    // Day 1521 is 1904-02-29, day 426 is 1901-03-01.
+    auto work = [](double dayNumber, unsigned short expectedDay, bool& ok) {
+        ok = true;
+        for (int i = 0; i < 2000; ++i) ok = ok && BreakDownDayNumber(dayNumber).day == expectedDay;
     };
     bool leapOk = false, plainOk = false;
-    std::thread leap([&] { leapOk = work(1520.0 + 1.0, 29); });      // 1904-02-29
-    std::thread plain([&] { plainOk = work(367.0 + 59.0, 1); });     // 1901-03-01
+    std::thread leap(work, 1521.0, 29, std::ref(leapOk)), plain(work, 426.0, 1, std::ref(plainOk));
     leap.join();
     plain.join();
-    EXPECT_TRUE(leapOk);
-    EXPECT_TRUE(plainOk);
+    EXPECT_TRUE(leapOk && plainOk);
 }
 
 }  // namespace

@@ -5,8 +5,10 @@
 #include <cmath>
 #include <cstring>
 #include <ctime>
+#include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "tavlo/qkstatic/SerialDate.h"
 #include "zo/kel/Exception.h"
@@ -32,6 +34,21 @@ void ExpectRejected(int (*recognise)(const char*, double*), const char* text) {
     EXPECT_EQ(recognise(text, &out), 0) << '"' << text << '"';
     EXPECT_EQ(out, kUntouched) << '"' << text << '"';
 }
+
+// A reporting recogniser's result, or nothing when it says false.
+template <class Char, class Result>
+std::optional<Result> Recognised(bool (*recognise)(const Char*, Result&), const Char* text) {
+    Result out{};
+    return recognise(text, out) ? std::optional(out) : std::nullopt;
+}
+template <class Char>
+std::optional<double> Numeric(const Char* text) { return Recognised<Char, double>(IsNumericText, text); }
+template <class Char>
+std::optional<double> Days(const Char* text) { return Recognised<Char, double>(IsTimeText, text); }
+template <class Char>
+std::optional<long> Nanoseconds(const Char* text) { return Recognised<Char, long>(IsTimeText, text); }
+template <class Char>
+std::optional<bool> Logical(const Char* text) { return Recognised<Char, bool>(IsLogicalText, text); }
 
 TEST(AsciiToNumber, AcceptsDecimalExponentAndHexadecimal) {
     const Accepted rows[] = {
@@ -69,23 +86,11 @@ TEST(AsciiToNumber, ExponentIsSixteenBitsChecked) {
 
 TEST(AsciiToDays, AcceptsOneToFourGroups) {
     const Accepted rows[] = {
-        {"", 0.0},
-        {"   ", 0.0},
-        {"30", 30.0 / 86400},
-        {"1:30", 1.0 / 1440 + 30.0 / 86400},
-        {"12:30", 750.0 / 86400},
-        {"1:00:00:00", 1.0},
-        {"25:00:00", 25.0 / 24},
-        {"1:02:03.5", 1.0 / 24 + 2.0 / 1440 + 3.5 / 86400},
-        {"2:23:59:59.75", 2.0 + 23.0 / 24 + 59.0 / 1440 + 59.75 / 86400},
-        {"5:", 5.0 / 1440},
-        {"1::", 1.0 / 24},
-        {":5", 5.0 / 86400},
-        {".5", 0.5 / 86400},
-        {"5.", 5.0 / 86400},
-        {" 1:30  ", 1.0 / 1440 + 30.0 / 86400},
-        {"0:0:1.9", 1.9 / 86400},
-        {"90:59", 90.0 / 1440 + 59.0 / 86400},
+        {"", 0.0}, {"   ", 0.0}, {"30", 30.0 / 86400}, {"1:30", 1.0 / 1440 + 30.0 / 86400}, {"12:30", 750.0 / 86400},
+        {"1:00:00:00", 1.0}, {"25:00:00", 25.0 / 24}, {"1:02:03.5", 1.0 / 24 + 2.0 / 1440 + 3.5 / 86400},
+        {"2:23:59:59.75", 2.0 + 23.0 / 24 + 59.0 / 1440 + 59.75 / 86400}, {"5:", 5.0 / 1440}, {"1::", 1.0 / 24},
+        {":5", 5.0 / 86400}, {".5", 0.5 / 86400}, {"5.", 5.0 / 86400}, {" 1:30  ", 1.0 / 1440 + 30.0 / 86400},
+        {"0:0:1.9", 1.9 / 86400}, {"90:59", 90.0 / 1440 + 59.0 / 86400},
     };
     for (const Accepted& row : rows) ExpectAccepted(AsciiToDays, row);
 }
@@ -99,39 +104,30 @@ TEST(AsciiToDays, RejectsReachedLimitsAndBadShapes) {
 
 int DateTimeMDY(const char* text, double* out) { return AsciiToDateTime(text, out, 0); }
 int DateTimeDMY(const char* text, double* out) { return AsciiToDateTime(text, out, 53); }
-int DateTimeYMD(const char* text, double* out) { return AsciiToDateTime(text, out, 70); }
 
 TEST(AsciiToDateTime, FieldOrderFollowsTheFormat) {
-    ExpectAccepted(DateTimeMDY, {"03/01/1900", 61.0});
-    ExpectAccepted(DateTimeDMY, {"01/03/1900", 61.0});
-    ExpectAccepted(DateTimeYMD, {"1900-03-01", 61.0});
-    ExpectAccepted(DateTimeYMD, {"1900/03/01", 61.0});
-    ExpectAccepted(DateTimeMDY, {"1900-03-01", 61.0});
-    // With '-' the day/month/year order reads month-year-day.
-    ExpectAccepted(DateTimeDMY, {"03-1900-01", 61.0});
+    // Every text is day 61, 1900-03-01, under each of its formats. With '-' the
+    // day/month/year order (53) reads month-year-day.
+    const std::pair<const char*, std::vector<int>> rows[] = {
+        {"03/01/1900", {0, -1, 46, 50, 64, 75, 77, 1000}}, {"01/03/1900", {53, 51, 55, 67, 69, 76}},
+        {"1900-03-01", {70, 0}}, {"1900/03/01", {70, 71, 72, 74}}, {"03-1900-01", {53}}};
+    for (const auto& [text, formats] : rows) {
+        for (int format : formats) {
+            double out = 0.0;
+            ASSERT_NE(AsciiToDateTime(text, &out, format), 0) << text << " " << format;
+            EXPECT_EQ(out, 61.0);
+        }
+    }
     ExpectRejected(DateTimeDMY, "1900-03-01");
     ExpectRejected(DateTimeMDY, "03-01-1900");
-    double out = 0.0;
-    for (int format : {51, 55, 67, 69, 76}) {
-        ASSERT_NE(AsciiToDateTime("01/03/1900", &out, format), 0) << format;
-        EXPECT_EQ(out, 61.0);
-    }
-    for (int format : {71, 72, 74}) {
-        ASSERT_NE(AsciiToDateTime("1900/03/01", &out, format), 0) << format;
-        EXPECT_EQ(out, 61.0);
-    }
-    for (int format : {-1, 46, 50, 64, 75, 77, 1000}) {
-        ASSERT_NE(AsciiToDateTime("03/01/1900", &out, format), 0) << format;
-        EXPECT_EQ(out, 61.0);
-    }
 }
 
 TEST(AsciiToDateTime, CalendarRules) {
-    ExpectAccepted(DateTimeMDY, {"02/29/1900", 60.0});
-    ExpectAccepted(DateTimeMDY, {"02/29/2000", 36585.0});
-    ExpectAccepted(DateTimeMDY, {"02/29/2004", 38046.0});
-    ExpectAccepted(DateTimeMDY, {"12/31/2078", static_cast<double>(DateDay0(31, 12, 2078))});
-    ExpectAccepted(DateTimeMDY, {" 3/1/1900", 61.0});
+    for (const Accepted& row : {Accepted{"02/29/1900", 60.0}, Accepted{"02/29/2000", 36585.0},
+                                Accepted{"02/29/2004", 38046.0}, Accepted{" 3/1/1900", 61.0},
+                                Accepted{"12/31/2078", static_cast<double>(DateDay0(31, 12, 2078))}}) {
+        ExpectAccepted(DateTimeMDY, row);
+    }
     const char* rejected[] = {"02/29/2001", "12/31/2079", "01/01/1899", "01/01/0100", "13/01/2000", "00/01/2000",
                               "04/31/2000", "01/00/2000", "03-01/1900", "03/01/19/00", "0301", "/",
                               "//",         "03/01/1900x", "03:01",     "03.01.1900", "1900-03",     ""};
@@ -158,9 +154,7 @@ TEST(AsciiToDateTime, TwoDigitYearsAndMissingYearsFollowTheCurrentYear) {
 
 TEST(AsciiToDateTime, ClockTimeAfterOneSpace) {
     const Accepted rows[] = {
-        {"03/01/1900 12:00", 61.5},
-        {"03/01/1900 12:00  ", 61.5},
-        {"03/01/1900 :30", 61.0 + 30.0 / 1440},
+        {"03/01/1900 12:00", 61.5}, {"03/01/1900 12:00  ", 61.5}, {"03/01/1900 :30", 61.0 + 30.0 / 1440},
         {"03/01/1900 23:59:59", 61.0 + 59.0 / 86400 + 59.0 / 1440 + 23.0 / 24},
         {"03/01/1900 12:00:30.5", 61.0 + (500 / 8.64e7 + 30.0 / 86400 + 0.5)},
         {"03/01/1900 12:00:30.123", 61.0 + (123 / 8.64e7 + 30.0 / 86400 + 0.5)},
@@ -183,51 +177,33 @@ TEST(AsciiToDateTime, FieldsBeyondSixteenBitsThrow) {
     EXPECT_EQ(AsciiToDateTime("65535/1/1", &out, 0), 0);
 }
 
+int TextToNumberMDY(const char* text, double* out) { return TextToNumber0(text, out, 0); }
+
 TEST(TextToNumber0, TriesNumberThenElapsedThenDate) {
+    for (const char* text : {"", ".", "abc", static_cast<const char*>(nullptr)}) ExpectRejected(TextToNumberMDY, text);
+    for (const Accepted& row : {Accepted{"12", 12.0}, Accepted{"12:30", 750.0 / 86400}, Accepted{"  ", 0.0}}) {
+        ExpectAccepted(TextToNumberMDY, row);
+    }
     double out = kUntouched;
-    EXPECT_FALSE(TextToNumber0("", &out, 0));
-    EXPECT_FALSE(TextToNumber0(nullptr, &out, 0));
-    EXPECT_FALSE(TextToNumber0(".", &out, 0));
-    EXPECT_FALSE(TextToNumber0("abc", &out, 0));
-    EXPECT_EQ(out, kUntouched);
-    ASSERT_TRUE(TextToNumber0("12", &out, 0));
-    EXPECT_EQ(out, 12.0);
-    ASSERT_TRUE(TextToNumber0("12:30", &out, 0));
-    EXPECT_DOUBLE_EQ(out, 750.0 / 86400);
     ASSERT_TRUE(TextToNumber0("01/03/1900", &out, 53));
     EXPECT_EQ(out, 61.0);
-    ASSERT_TRUE(TextToNumber0("  ", &out, 0));
-    EXPECT_EQ(out, 0.0);
 }
 
 TEST(IsTimeText, DaysOrDateAsDaysOrNanoseconds) {
+    EXPECT_EQ(Days(""), 0.0);
+    EXPECT_EQ(Days("03/01/1900 12:00"), 61.5);
+    EXPECT_EQ(Nanoseconds("0:0:1.9"), 1000000000);
+    EXPECT_EQ(Nanoseconds("03/01/1900 12:00"), 5313600000000000);
+    // A rejected text leaves the result untouched.
     double days = kUntouched;
-    EXPECT_TRUE(IsTimeText("", days));
-    EXPECT_EQ(days, 0.0);
-    EXPECT_TRUE(IsTimeText("03/01/1900 12:00", days));
-    EXPECT_EQ(days, 61.5);
-    days = kUntouched;
+    long ns = -1;
     EXPECT_FALSE(IsTimeText(".", days));
     EXPECT_EQ(days, kUntouched);
-
-    long ns = -1;
-    EXPECT_TRUE(IsTimeText("0:0:1.9", ns));
-    EXPECT_EQ(ns, 1000000000);
-    EXPECT_TRUE(IsTimeText("03/01/1900 12:00", ns));
-    EXPECT_EQ(ns, 5313600000000000);
-    ns = -1;
     EXPECT_FALSE(IsTimeText("x", ns));
     EXPECT_EQ(ns, -1);
-
-    double number = kUntouched;
-    EXPECT_TRUE(IsNumericText("0x1F", number));
-    EXPECT_EQ(number, 31.0);
-    EXPECT_FALSE(IsNumericText("12:30", number));
+    EXPECT_EQ(Numeric("0x1F"), 31.0);
+    EXPECT_EQ(Numeric("12:30"), std::nullopt);
 }
-
-}  // namespace
-
-namespace {
 
 TEST(IsLogicalText, AcceptsTheVocabularyIgnoringCase) {
     struct Row {
@@ -251,23 +227,18 @@ TEST(IsLogicalText, AcceptsTheVocabularyIgnoringCase) {
         EXPECT_FALSE(IsLogicalText(text, value)) << '"' << text << '"';
         EXPECT_TRUE(value);
     }
-    bool value = true;
-    EXPECT_FALSE(IsLogicalText(static_cast<const char*>(nullptr), value));
-    EXPECT_FALSE(IsLogicalText(static_cast<const wchar_t*>(nullptr), value));
-    EXPECT_FALSE(IsLogicalText(L"", value));
+    EXPECT_EQ(Logical<char>(nullptr), std::nullopt);
+    EXPECT_EQ(Logical<wchar_t>(nullptr), std::nullopt);
+    EXPECT_EQ(Logical(L""), std::nullopt);
 }
 
 TEST(WideRecognisers, BehaveAsTheNarrowOnes) {
     double number = kUntouched;
-    EXPECT_TRUE(IsNumericText(L" 0x1F", number));
-    EXPECT_EQ(number, 31.0);
-    EXPECT_FALSE(IsNumericText(L"12:30", number));
-    EXPECT_FALSE(IsNumericText(static_cast<const wchar_t*>(nullptr), number));
-    double days = kUntouched;
-    EXPECT_TRUE(IsTimeText(L"12:30", days));
-    EXPECT_DOUBLE_EQ(days, 750.0 / 86400);
-    EXPECT_TRUE(IsTimeText(L"", days));
-    EXPECT_EQ(days, 0.0);
+    EXPECT_EQ(Numeric(L" 0x1F"), 31.0);
+    EXPECT_EQ(Numeric(L"12:30"), std::nullopt);
+    EXPECT_EQ(Numeric<wchar_t>(nullptr), std::nullopt);
+    EXPECT_DOUBLE_EQ(Days(L"12:30").value_or(-1), 750.0 / 86400);
+    EXPECT_EQ(Days(L""), 0.0);
     long ns = -1;
     EXPECT_TRUE(IsTimeText(L"03/01/1900 12:00", ns));
     EXPECT_EQ(ns, 5313600000000000);
@@ -277,10 +248,6 @@ TEST(WideRecognisers, BehaveAsTheNarrowOnes) {
     // Characters outside US-ASCII fail in the conversion.
     EXPECT_THROW(IsNumericText(L"1\u00e9", number), zo::kel::exception::Exception);
 }
-
-}  // namespace
-
-namespace {
 
 TEST(AsciiToDateTime, ConcurrentFirstCallsAgreeOnTheCurrentYear) {
     double results[4] = {};

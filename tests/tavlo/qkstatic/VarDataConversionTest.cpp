@@ -1,13 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <string>
 
+#include "tavlo/VarDataTestSupport.h"
 #include "tavlo/qkstatic/vardata.h"
 
 namespace {
 
-VarData Num(double value) { return VarData::num(value); }
+using namespace vardata_test;
 
 std::wstring Text(const VarData& value) { return value.coerceToString().c_str(); }
 
@@ -51,32 +53,24 @@ TEST(VarDataText, TextsReadAsLogicalNumberOrTime) {
 }
 
 TEST(VarDataText, ConversionToTextByTag) {
-    VarData logical;
-    logical = true;
-    EXPECT_EQ(Text(logical), L"on");
-    logical = false;
-    EXPECT_EQ(Converted(logical, VarDataType::Ansi).getAnsiString().exactCompare("off"), 0);
+    EXPECT_EQ(Converted(Logical(false), VarDataType::Ansi).getAnsiString().exactCompare("off"), 0);
     VarData id;
     id.setID64(0xABCDEFul);
-    EXPECT_EQ(Text(id), L"0x0000000000ABCDEF");
-    EXPECT_EQ(Text(VarData::bitArray(255)), L"0x000000FF");
-    EXPECT_EQ(Text(Num(1.5)), L"1.5");
     const unsigned char bytes[] = {'r', 'a', 'w'};
-    EXPECT_EQ(Text(VarData(bytes, 3)), L"raw");
-    EXPECT_EQ(Text(VarData("narrow")), L"narrow");
-    VarData time;
-    time = 5L;
-    EXPECT_EQ(Text(time), L"") << "a time count has no text of its own";
-    EXPECT_EQ(Text(VarData()), L"");
-    EXPECT_EQ(Text(VarData(zo::kel::AbsTime::fromWords(static_cast<std::int64_t>(0x8000000000000000ull), 0))), L"");
+    // A time count has no text of its own.
+    const std::pair<VarData, const wchar_t*> rows[] = {
+        {Logical(true), L"on"}, {id, L"0x0000000000ABCDEF"}, {VarData::bitArray(255), L"0x000000FF"},
+        {Num(1.5), L"1.5"}, {VarData(bytes, 3), L"raw"}, {VarData("narrow"), L"narrow"}, {Assigned(5L), L""},
+        {VarData(), L""}, {VarData(zo::kel::AbsTime::fromWords(std::numeric_limits<std::int64_t>::min(), 0)), L""}};
+    for (const auto& [value, text] : rows) EXPECT_EQ(Text(value), text) << value.GetType();
 }
 
 TEST(VarDataText, ConversionToOtherTags) {
     VarData value = VarData::num(3.0, 8);
     value.Convert_(VarDataType::Numeric);
     EXPECT_EQ(value.GetType(), 0x3u) << "the subtype is dropped";
-    EXPECT_EQ(Converted(VarData("on"), VarDataType::Logical).GetType(), 0x2u);
-    EXPECT_TRUE(static_cast<bool>(Converted(VarData("on"), VarDataType::Logical)));
+    const VarData on = Converted(VarData("on"), VarDataType::Logical);
+    EXPECT_TRUE(on.GetType() == 0x2u && static_cast<bool>(on));
     EXPECT_EQ(static_cast<double>(Converted(VarData("2.5"), VarDataType::Numeric)), 2.5);
 
     const VarData raw = Converted(VarData(L"bytes"), VarDataType::Raw);
