@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <ctime>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <thread>
@@ -35,6 +36,14 @@ void ExpectRejected(int (*recognise)(const char*, double*), const char* text) {
     EXPECT_EQ(out, kUntouched) << '"' << text << '"';
 }
 
+using Recogniser = int (*)(const char*, double*);
+void ExpectAllAccepted(Recogniser recognise, std::initializer_list<Accepted> rows) {
+    for (const Accepted& row : rows) ExpectAccepted(recognise, row);
+}
+void ExpectAllRejected(Recogniser recognise, std::initializer_list<const char*> texts) {
+    for (const char* text : texts) ExpectRejected(recognise, text);
+}
+
 // A reporting recogniser's result, or nothing when it says false.
 template <class Char, class Result>
 std::optional<Result> Recognised(bool (*recognise)(const Char*, Result&), const Char* text) {
@@ -51,15 +60,14 @@ template <class Char>
 std::optional<bool> Logical(const Char* text) { return Recognised<Char, bool>(IsLogicalText, text); }
 
 TEST(AsciiToNumber, AcceptsDecimalExponentAndHexadecimal) {
-    const Accepted rows[] = {
+    ExpectAllAccepted(AsciiToNumber, {
         {"0", 0.0},       {"12", 12.0},          {"  12", 12.0},      {"12  ", 12.0},     {"-12", -12.0},
         {"+7", 7.0},      {"00012", 12.0},       {"1.5", 1.5},        {".5", 0.5},        {"5.", 5.0},
         {"-.5", -0.5},    {"0.25", 0.25},        {"0x1F", 31.0},      {"0X1f", 31.0},     {"0xE", 14.0},
         {"0xe", 14.0},    {"0x0", 0.0},          {"0x1ABCDEF", 28036591.0}, {"1e3", 1000.0}, {"1E+3", 1000.0},
         {"1.5E-3", 0.0015}, {"0e5", 0.0},        {"1e05", 1e5},       {"1.5E3 ", 1500.0}, {"-0.25e1", -2.5},
-        {"1e- ", 1.0},    {"1e000000000000000005", 1e5}, {"123456789012", 123456789012.0},
-    };
-    for (const Accepted& row : rows) ExpectAccepted(AsciiToNumber, row);
+        {"1e- ", 1.0},    {"1e000000000000000005", 1e5}, {"123456789012", 123456789012.0}
+    });
     double out = 0.0;
     ASSERT_NE(AsciiToNumber("-0", &out), 0);
     EXPECT_TRUE(std::signbit(out));
@@ -68,10 +76,10 @@ TEST(AsciiToNumber, AcceptsDecimalExponentAndHexadecimal) {
 }
 
 TEST(AsciiToNumber, RejectsIncompleteAndForeignText) {
-    const char* rows[] = {"",     " ",    "-",    ".",     "1e",    "1e+",   "0x",   "0 ",   "0x1F ", "-0x1F",
-                          "1,5",  "1\t",  "12a",  "0x1G",  "1..2",  "1e1.5", "1 2",  "+-1",  "e5",    "0xx1",
-                          "1ee5", "abc",  "0x-1", "1 e5",  "1.5.",  "0xABC",  "1y",   "1/2",  "+",     "12 x"};
-    for (const char* text : rows) ExpectRejected(AsciiToNumber, text);
+    ExpectAllRejected(AsciiToNumber, {
+        "", " ", "-", ".", "1e", "1e+", "0x", "0 ", "0x1F ", "-0x1F", "1,5", "1\t", "12a", "0x1G", "1..2", "1e1.5",
+        "1 2", "+-1", "e5", "0xx1", "1ee5", "abc", "0x-1", "1 e5", "1.5.", "0xABC", "1y", "1/2", "+", "12 x"
+    });
     EXPECT_EQ(AsciiToNumber(nullptr, nullptr), 0);
 }
 
@@ -85,21 +93,20 @@ TEST(AsciiToNumber, ExponentIsSixteenBitsChecked) {
 }
 
 TEST(AsciiToDays, AcceptsOneToFourGroups) {
-    const Accepted rows[] = {
+    ExpectAllAccepted(AsciiToDays, {
         {"", 0.0}, {"   ", 0.0}, {"30", 30.0 / 86400}, {"1:30", 1.0 / 1440 + 30.0 / 86400}, {"12:30", 750.0 / 86400},
         {"1:00:00:00", 1.0}, {"25:00:00", 25.0 / 24}, {"1:02:03.5", 1.0 / 24 + 2.0 / 1440 + 3.5 / 86400},
         {"2:23:59:59.75", 2.0 + 23.0 / 24 + 59.0 / 1440 + 59.75 / 86400}, {"5:", 5.0 / 1440}, {"1::", 1.0 / 24},
         {":5", 5.0 / 86400}, {".5", 0.5 / 86400}, {"5.", 5.0 / 86400}, {" 1:30  ", 1.0 / 1440 + 30.0 / 86400},
-        {"0:0:1.9", 1.9 / 86400}, {"90:59", 90.0 / 1440 + 59.0 / 86400},
-    };
-    for (const Accepted& row : rows) ExpectAccepted(AsciiToDays, row);
+        {"0:0:1.9", 1.9 / 86400}, {"90:59", 90.0 / 1440 + 59.0 / 86400}
+    });
 }
 
 TEST(AsciiToDays, RejectsReachedLimitsAndBadShapes) {
-    const char* rows[] = {"1:24:00:00", "1:60",     "1:2:60",   "1:60:00", "0:0:0:60", "1:2:3:4:5", ":",   ".",
-                          "::",         "1.5:3",    "1 2",      "1:2 3",   "a",        "-1",        "1.2.3", "1,5",
-                          "12:30 x",    "1:00:00:00:"};
-    for (const char* text : rows) ExpectRejected(AsciiToDays, text);
+    ExpectAllRejected(AsciiToDays, {
+        "1:24:00:00", "1:60", "1:2:60", "1:60:00", "0:0:0:60", "1:2:3:4:5", ":", ".", "::", "1.5:3", "1 2", "1:2 3",
+        "a", "-1", "1.2.3", "1,5", "12:30 x", "1:00:00:00:"
+    });
 }
 
 int DateTimeMDY(const char* text, double* out) { return AsciiToDateTime(text, out, 0); }
@@ -123,15 +130,13 @@ TEST(AsciiToDateTime, FieldOrderFollowsTheFormat) {
 }
 
 TEST(AsciiToDateTime, CalendarRules) {
-    for (const Accepted& row : {Accepted{"02/29/1900", 60.0}, Accepted{"02/29/2000", 36585.0},
-                                Accepted{"02/29/2004", 38046.0}, Accepted{" 3/1/1900", 61.0},
-                                Accepted{"12/31/2078", static_cast<double>(DateDay0(31, 12, 2078))}}) {
-        ExpectAccepted(DateTimeMDY, row);
-    }
-    const char* rejected[] = {"02/29/2001", "12/31/2079", "01/01/1899", "01/01/0100", "13/01/2000", "00/01/2000",
-                              "04/31/2000", "01/00/2000", "03-01/1900", "03/01/19/00", "0301", "/",
-                              "//",         "03/01/1900x", "03:01",     "03.01.1900", "1900-03",     ""};
-    for (const char* text : rejected) ExpectRejected(DateTimeMDY, text);
+    ExpectAllAccepted(DateTimeMDY, {{"02/29/1900", 60.0}, {"02/29/2000", 36585.0}, {"02/29/2004", 38046.0},
+                                    {" 3/1/1900", 61.0}, {"12/31/2078", static_cast<double>(DateDay0(31, 12, 2078))}});
+    ExpectAllRejected(DateTimeMDY, {
+        "02/29/2001", "12/31/2079", "01/01/1899", "01/01/0100", "13/01/2000", "00/01/2000", "04/31/2000",
+        "01/00/2000", "03-01/1900", "03/01/19/00", "0301", "/", "//", "03/01/1900x", "03:01", "03.01.1900", "1900-03",
+        ""
+    });
 }
 
 unsigned int LocalYear() {
@@ -143,29 +148,28 @@ unsigned int LocalYear() {
 
 TEST(AsciiToDateTime, TwoDigitYearsAndMissingYearsFollowTheCurrentYear) {
     const unsigned int current = LocalYear();
-    char text[32];
-    std::snprintf(text, sizeof(text), "01/01/%02u", (current + 49) % 100);
-    ExpectAccepted(DateTimeMDY, {text, static_cast<double>(DateDay0(1, 1, current + 49))});
-    std::snprintf(text, sizeof(text), "01/01/%02u", (current + 50) % 100);
-    ExpectAccepted(DateTimeMDY, {text, static_cast<double>(DateDay0(1, 1, current - 50))});
-    ExpectAccepted(DateTimeMDY, {"03/01", static_cast<double>(DateDay0(1, 3, current))});
+    char late[32], early[32];
+    std::snprintf(late, sizeof(late), "01/01/%02u", (current + 49) % 100);
+    std::snprintf(early, sizeof(early), "01/01/%02u", (current + 50) % 100);
+    ExpectAllAccepted(DateTimeMDY, {{late, static_cast<double>(DateDay0(1, 1, current + 49))},
+                                    {early, static_cast<double>(DateDay0(1, 1, current - 50))},
+                                    {"03/01", static_cast<double>(DateDay0(1, 3, current))}});
     ExpectAccepted(DateTimeDMY, {"01/03", static_cast<double>(DateDay0(1, 3, current))});
 }
 
 TEST(AsciiToDateTime, ClockTimeAfterOneSpace) {
-    const Accepted rows[] = {
+    ExpectAllAccepted(DateTimeMDY, {
         {"03/01/1900 12:00", 61.5}, {"03/01/1900 12:00  ", 61.5}, {"03/01/1900 :30", 61.0 + 30.0 / 1440},
         {"03/01/1900 23:59:59", 61.0 + 59.0 / 86400 + 59.0 / 1440 + 23.0 / 24},
         {"03/01/1900 12:00:30.5", 61.0 + (500 / 8.64e7 + 30.0 / 86400 + 0.5)},
         {"03/01/1900 12:00:30.123", 61.0 + (123 / 8.64e7 + 30.0 / 86400 + 0.5)},
-        {"03/01/1900 12:00:30.05", 61.0 + (50 / 8.64e7 + 30.0 / 86400 + 0.5)},
-    };
-    for (const Accepted& row : rows) ExpectAccepted(DateTimeMDY, row);
-    const char* rejected[] = {"03/01/1900 ",         "03/01/1900  ",       "03/01/1900 12",      "03/01/1900 24:00",
-                              "03/01/1900 12:60",    "03/01/1900 12:00:60", "03/01/1900 12:00:30.",
-                              "03/01/1900 12:00:30.1234", "03/01/1900 12:00:00:00", "03/01/1900 :",
-                              "03/01/1900 12.5",     "03/01/1900 12:00 1", "03/01/1900 12:00pm"};
-    for (const char* text : rejected) ExpectRejected(DateTimeMDY, text);
+        {"03/01/1900 12:00:30.05", 61.0 + (50 / 8.64e7 + 30.0 / 86400 + 0.5)}
+    });
+    ExpectAllRejected(DateTimeMDY, {
+        "03/01/1900 ", "03/01/1900  ", "03/01/1900 12", "03/01/1900 24:00", "03/01/1900 12:60", "03/01/1900 12:00:60",
+        "03/01/1900 12:00:30.", "03/01/1900 12:00:30.1234", "03/01/1900 12:00:00:00", "03/01/1900 :",
+        "03/01/1900 12.5", "03/01/1900 12:00 1", "03/01/1900 12:00pm"
+    });
 }
 
 TEST(AsciiToDateTime, FieldsBeyondSixteenBitsThrow) {
@@ -180,10 +184,8 @@ TEST(AsciiToDateTime, FieldsBeyondSixteenBitsThrow) {
 int TextToNumberMDY(const char* text, double* out) { return TextToNumber0(text, out, 0); }
 
 TEST(TextToNumber0, TriesNumberThenElapsedThenDate) {
-    for (const char* text : {"", ".", "abc", static_cast<const char*>(nullptr)}) ExpectRejected(TextToNumberMDY, text);
-    for (const Accepted& row : {Accepted{"12", 12.0}, Accepted{"12:30", 750.0 / 86400}, Accepted{"  ", 0.0}}) {
-        ExpectAccepted(TextToNumberMDY, row);
-    }
+    ExpectAllRejected(TextToNumberMDY, {"", ".", "abc", nullptr});
+    ExpectAllAccepted(TextToNumberMDY, {{"12", 12.0}, {"12:30", 750.0 / 86400}, {"  ", 0.0}});
     double out = kUntouched;
     ASSERT_TRUE(TextToNumber0("01/03/1900", &out, 53));
     EXPECT_EQ(out, 61.0);
