@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "tavlo/qkdynamic/AnsiGuts.h"
+#include "tavlo/qkdynamic/PayloadFactories.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ private:
 }  // namespace
 
 IVarDataGuts* ReadAnsiGuts(const char* text, unsigned int length) {
-    if (length > kLongestKept) return static_cast<IVarDataAnsi*>(new AnsiGuts(text, length));
+    if (length > kLongestKept) return NewAnsiGutsLen(text, length);
     thread_local RecentTexts recent;
     return recent.share(text, length);
 }

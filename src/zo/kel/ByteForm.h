@@ -29,8 +29,8 @@ inline std::uint32_t LoadCount(const unsigned char* at) noexcept {
 
 inline void StoreCount(unsigned char* at, std::uint32_t count) noexcept { std::memcpy(at, &count, kCountSize); }
 
-// Short output. The form writers report it without a site, as every byte
-// form of the library does, so callers can tell it apart by code alone.
+// Short output. The support library's form writers report it without a
+// site, so callers tell it apart by code alone.
 [[noreturn]] inline void ThrowBufferOverflow() { throw exception::BufferOverflow(0, nullptr); }
 
 // A serialization size of `count` prefix plus `bytes`, saturating at 0xFFFFFFFF.
