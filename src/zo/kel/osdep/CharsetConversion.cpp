@@ -51,10 +51,11 @@ bool IsAscii(const wchar_t* first, const wchar_t* last) {
     return seen < 0x80;
 }
 
-// True when [first, last) can take the ASCII shortcut.
+// True when [first, last) can take the ASCII shortcut. The name is checked
+// first: it is short, the text may be long.
 template <typename Char>
 bool TakesAsciiShortcut(const Char* first, const Char* last, const char* charsetName) {
-    return IsAscii(first, last) && IsAsciiCompatible(charsetName);
+    return IsAsciiCompatible(charsetName) && IsAscii(first, last);
 }
 
 template <typename Char>
@@ -88,29 +89,42 @@ struct Route {
 Route ToWide(const char* charsetName) { return {charsetName, kWideCharset, charsetName, gAnsiToWideThrows}; }
 Route FromWide(const char* charsetName) { return {kWideCharset, charsetName, charsetName, gWideToAnsiThrows}; }
 
+// The parts below take `ascii`, the shortcut verdict, so that a conversion
+// that both measures and writes scans the text and the name only once.
 template <typename In, typename Out>
-unsigned int RequiredLength(const In* first, const In* last, const Route& route) {
-    if (TakesAsciiShortcut(first, last, route.narrowCharset)) return RangeLength(first, last);
+unsigned int RequiredLength(const In* first, const In* last, const Route& route, bool ascii) {
+    if (ascii) return RangeLength(first, last);
     Out* none = nullptr;
     return NumericCast<unsigned int>(
         detail::IConv<In, Out>(first, last, route.from, nullptr, none, route.to, route.throwing));
 }
 
 template <typename In, typename Out>
-Out* ConvertInto(const In* first, const In* last, Out* outFirst, Out* outLast, const Route& route) {
-    CheckOutputRange(outFirst, outLast);
-    if (TakesAsciiShortcut(first, last, route.narrowCharset)) return CopyAscii(first, last, outFirst, outLast);
+Out* ConvertInto(const In* first, const In* last, Out* outFirst, Out* outLast, const Route& route, bool ascii) {
+    if (ascii) return CopyAscii(first, last, outFirst, outLast);
     detail::IConv<In, Out>(first, last, route.from, outFirst, outLast, route.to, route.throwing);
     return outLast;
 }
 
-// A new string of exactly the converted length.
+template <typename In, typename Out>
+unsigned int RequiredLength(const In* first, const In* last, const Route& route) {
+    return RequiredLength<In, Out>(first, last, route, TakesAsciiShortcut(first, last, route.narrowCharset));
+}
+
+template <typename In, typename Out>
+Out* ConvertInto(const In* first, const In* last, Out* outFirst, Out* outLast, const Route& route) {
+    CheckOutputRange(outFirst, outLast);  // before the input is looked at
+    return ConvertInto(first, last, outFirst, outLast, route, TakesAsciiShortcut(first, last, route.narrowCharset));
+}
+
+// A new string of exactly the converted length (its storage is never null).
 template <typename String, typename In>
 String Converted(const In* first, const In* last, const Route& route) {
     using Out = typename String::value_type;
     if (!first) return String();
-    String text(RequiredLength<In, Out>(first, last, route), Out());
-    Out* written = ConvertInto(first, last, text.begin(), text.end(), route);
+    const bool ascii = TakesAsciiShortcut(first, last, route.narrowCharset);
+    String text(RequiredLength<In, Out>(first, last, route, ascii), Out());
+    Out* written = ConvertInto(first, last, text.begin(), text.end(), route, ascii);
     text.resize(static_cast<unsigned int>(written - text.begin()));
     return text;
 }
