@@ -23,22 +23,14 @@ locale_t OpenLocale(const char* localeName) {
     ZO_THROW(exception::InvalidLocale);
 }
 
-// The narrow and wide C library forms of one query, picked by character type.
-template <typename Char>
-bool Classify(Char c, locale_t locale, int (*narrow)(int, locale_t), int (*wide)(wint_t, locale_t)) {
+// The narrow or the wide C library form of one query, picked by character
+// type; classifiers answer int in both forms, case mappings wint_t in the wide one.
+template <typename Char, typename WideResult>
+auto Query(Char c, locale_t locale, int (*narrow)(int, locale_t), WideResult (*wide)(wint_t, locale_t)) {
     if constexpr (sizeof(Char) == 1) {
-        return narrow(static_cast<unsigned char>(c), locale) != 0;
+        return narrow(static_cast<unsigned char>(c), locale);
     } else {
-        return wide(static_cast<wint_t>(c), locale) != 0;
-    }
-}
-
-template <typename Char>
-Char Map(Char c, locale_t locale, int (*narrow)(int, locale_t), wint_t (*wide)(wint_t, locale_t)) {
-    if constexpr (sizeof(Char) == 1) {
-        return static_cast<Char>(narrow(static_cast<unsigned char>(c), locale));
-    } else {
-        return static_cast<Char>(wide(static_cast<wint_t>(c), locale));
+        return wide(static_cast<wint_t>(c), locale);
     }
 }
 
@@ -55,7 +47,7 @@ CharacterAttributes<Char>::~CharacterAttributes() {
 #define ZO_CLASSIFIER(Member, narrow, wide)                                \
     template <typename Char>                                               \
     bool CharacterAttributes<Char>::Member(Char c) const noexcept {       \
-        return Classify(c, locale_, narrow, wide);                         \
+        return Query(c, locale_, narrow, wide) != 0;                      \
     }
 
 ZO_CLASSIFIER(isAlpha, isalpha_l, iswalpha_l)
@@ -74,12 +66,12 @@ ZO_CLASSIFIER(isXDigit, isxdigit_l, iswxdigit_l)
 
 template <typename Char>
 Char CharacterAttributes<Char>::toUpper(Char c) const noexcept {
-    return Map(c, locale_, toupper_l, towupper_l);
+    return static_cast<Char>(Query(c, locale_, toupper_l, towupper_l));
 }
 
 template <typename Char>
 Char CharacterAttributes<Char>::toLower(Char c) const noexcept {
-    return Map(c, locale_, tolower_l, towlower_l);
+    return static_cast<Char>(Query(c, locale_, tolower_l, towlower_l));
 }
 
 template class CharacterAttributes<char>;
