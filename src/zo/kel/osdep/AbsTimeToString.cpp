@@ -38,6 +38,15 @@ std::int64_t UnixSeconds(const AbsTime& time, bool round) noexcept {
     return static_cast<std::int64_t>(seconds);
 }
 
+// `time` through the C library's localtime_r or gmtime_r.
+std::tm BrokenDown(const AbsTime& time, bool round, std::tm* (*breakDown)(const std::time_t*, std::tm*),
+                   unsigned int failureLine) {
+    const std::time_t seconds = UnixSeconds(time, round);
+    std::tm broken{};
+    if (breakDown(&seconds, &broken) == nullptr) throw exception::OutOfRange(failureLine, ZO_SOURCE_FILE);
+    return broken;
+}
+
 WideString DecimalSeparatorText(DecimalSeparatorType type) {
     switch (type) {
         case PointDecimalSeparator: return WideString(L".");
@@ -87,17 +96,11 @@ WideString FormatOrSystem(const wchar_t* format, WideString (*systemFormat)()) {
 }  // namespace
 
 std::tm AbsTimeToLocalDateTime(const AbsTime& time, bool round) {
-    const std::time_t seconds = UnixSeconds(time, round);
-    std::tm broken{};
-    if (localtime_r(&seconds, &broken) == nullptr) throw exception::OutOfRange(kLocalBreakDownFailureLine, ZO_SOURCE_FILE);
-    return broken;
+    return BrokenDown(time, round, localtime_r, kLocalBreakDownFailureLine);
 }
 
 std::tm AbsTimeToUTCDateTime(const AbsTime& time, bool round) {
-    const std::time_t seconds = UnixSeconds(time, round);
-    std::tm broken{};
-    if (gmtime_r(&seconds, &broken) == nullptr) throw exception::OutOfRange(kUTCBreakDownFailureLine, ZO_SOURCE_FILE);
-    return broken;
+    return BrokenDown(time, round, gmtime_r, kUTCBreakDownFailureLine);
 }
 
 WideString GetSystemDateFormat() {
