@@ -63,12 +63,15 @@ std::string AlertText(const char* expression, const char* message, const char* f
         "    Line: %d\n    Message: %s\nYou can attach a debugger to the process now.\n"
         "(Hit Ignore All to disable this dialog box.)";
     const auto pid = static_cast<unsigned int>(getpid());
-    const int length = std::snprintf(nullptr, 0, format, module.c_str(), pid, TextOrEmpty(expression),
-                                     TextOrEmpty(file), static_cast<int>(line), TextOrEmpty(message));
+    // Measured first, then written: the same arguments both times.
+    const auto print = [&](char* out, std::size_t size) {
+        return std::snprintf(out, size, format, module.c_str(), pid, TextOrEmpty(expression), TextOrEmpty(file),
+                             static_cast<int>(line), TextOrEmpty(message));
+    };
+    const int length = print(nullptr, 0);
     if (length < 0) return {};
     std::string text(static_cast<std::size_t>(length), '\0');
-    std::snprintf(text.data(), text.size() + 1, format, module.c_str(), pid, TextOrEmpty(expression),
-                  TextOrEmpty(file), static_cast<int>(line), TextOrEmpty(message));
+    print(text.data(), text.size() + 1);
     return text;
 }
 
