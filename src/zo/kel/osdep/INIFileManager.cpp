@@ -30,11 +30,12 @@ IniHandle LoadDocument(const String& path, bool& valid) {
     return document;
 }
 
-template <typename Value, typename Get>
+// Reads the key's C form `Raw` through `get`; `value` changes only on success.
+template <typename Raw, typename Value, typename Get>
 bool ReadValue(IniHandle document, const String& section, const String& key, Value& value, Get get) {
-    Value read{};
+    Raw read{};
     if (get(document, SectionName(section), KeyName(key), &read) != 1) return false;
-    value = read;
+    value = Value(read);
     return true;
 }
 
@@ -92,36 +93,27 @@ bool INIFileManager::write(const String& section, const String& key, double valu
 }
 
 bool INIFileManager::read(const String& section, const String& key, String& value) const {
-    const char* text = nullptr;
-    if (!ReadValue(document_, section, key, text, IniGetPointerToString)) return false;
-    value = text;
-    return true;
+    return ReadValue<const char*>(document_, section, key, value, IniGetPointerToString);
 }
 
 bool INIFileManager::readRaw(const String& section, const String& key, String& value) const {
-    const char* text = nullptr;
-    if (!ReadValue(document_, section, key, text, IniGetPointerToRawString)) return false;
-    value = text;
-    return true;
+    return ReadValue<const char*>(document_, section, key, value, IniGetPointerToRawString);
 }
 
 bool INIFileManager::read(const String& section, const String& key, bool& value) const {
-    int flag = 0;
-    if (!ReadValue(document_, section, key, flag, IniGetBoolean)) return false;
-    value = flag != 0;
-    return true;
+    return ReadValue<int>(document_, section, key, value, IniGetBoolean);
 }
 
 bool INIFileManager::read(const String& section, const String& key, int& value) const {
-    return ReadValue(document_, section, key, value, IniGetInt);
+    return ReadValue<int>(document_, section, key, value, IniGetInt);
 }
 
 bool INIFileManager::read(const String& section, const String& key, unsigned int& value) const {
-    return ReadValue(document_, section, key, value, IniGetUInt);
+    return ReadValue<unsigned int>(document_, section, key, value, IniGetUInt);
 }
 
 bool INIFileManager::read(const String& section, const String& key, double& value) const {
-    return ReadValue(document_, section, key, value, IniGetDouble);
+    return ReadValue<double>(document_, section, key, value, IniGetDouble);
 }
 
 void INIFileManager::enumKeys(const String& section, Vector<String>& keys) const {
