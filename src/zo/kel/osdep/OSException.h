@@ -33,7 +33,6 @@ public:
 
     // 0 for no error, 7 for a missing file (ENOENT), otherwise 42.
     std::int32_t getErrorCode() const noexcept override;
-    unsigned int whatcode() const noexcept override { return OSException::whatcode(); }
 };
 
 }  // namespace zo::kel::osdep
