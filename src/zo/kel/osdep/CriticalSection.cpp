@@ -36,9 +36,8 @@ bool UnixCriticalSection::tryEnter() {
 }
 
 void UnixCriticalSection::leave() {
-    if (!inOwningThread()) return;
-    if (count_ > 0) --count_;
-    if (count_ == 0) owner_.store(0);
+    if (!inOwningThread()) return;  // the owner has entered at least once, so count_ > 0
+    if (--count_ == 0) owner_.store(0);
     pthread_mutex_unlock(&mutex_);
 }
 
