@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <string>
 
 #include "zo/kel/Exception.h"
@@ -77,26 +78,24 @@ struct ThreadStart {
 };
 
 Thread::Thread() {
+    // One look at the default attributes gives the policy and the priority.
+    std::optional<int> defaultPriority;
     pthread_attr_t defaults;
     if (pthread_attr_init(&defaults) == 0) {
         pthread_attr_getschedpolicy(&defaults, &policy_);
+        sched_param parameters{};
+        if (pthread_attr_getschedparam(&defaults, &parameters) == 0) defaultPriority = parameters.sched_priority;
         pthread_attr_destroy(&defaults);
     }
-    populatePriorityMap();
+    populatePriorityMap(defaultPriority);
 }
 
 Thread::~Thread() { cleanup(); }
 
-void Thread::populatePriorityMap() {
+void Thread::populatePriorityMap(std::optional<int> defaultPriority) {
     const int min = sched_get_priority_min(policy_);
     const int max = sched_get_priority_max(policy_);
-    int def = min;
-    pthread_attr_t defaults;
-    if (pthread_attr_init(&defaults) == 0) {
-        sched_param parameters{};
-        if (pthread_attr_getschedparam(&defaults, &parameters) == 0) def = parameters.sched_priority;
-        pthread_attr_destroy(&defaults);
-    }
+    int def = defaultPriority.value_or(min);
     if (def < min || def > max) def = (min + max) / 2;
 
     const bool roomBelow = def - min >= 2;

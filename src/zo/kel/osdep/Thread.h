@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "qkdynam_platform.h"
 #include "zo/kel/osdep/CriticalSection.h"
@@ -54,7 +55,7 @@ protected:
 
 private:
     friend struct ThreadStart;
-    void populatePriorityMap();
+    void populatePriorityMap(std::optional<int> defaultPriority);  // unknown: the policy's minimum
 
     pthread_t handle_{};         // written by the new thread itself, see start()
     bool joined_ = false;
