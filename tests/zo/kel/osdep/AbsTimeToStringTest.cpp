@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <ctime>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "zo/kel/Exception.h"
 #include "zo/kel/osdep/SystemClock.h"
@@ -18,6 +20,7 @@ using zo::kel::osdep::AbsTimeToLocalDateTime;
 using zo::kel::osdep::AbsTimeToUTCDateTime;
 constexpr std::int64_t kUnixEpoch = 2082844800;
 constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
+constexpr std::uint64_t kQuarter = kHalf >> 1;
 
 // Pins the local time zone for one test.
 class ZonePin {
@@ -36,20 +39,28 @@ int SecondOf(std::int64_t unixSeconds, std::uint64_t fraction, bool round) {
     return AbsTimeToUTCDateTime(AbsTime::fromWords(kUnixEpoch + unixSeconds, fraction), round).tm_sec;
 }
 
+// The file and line of the exception E that `action` throws.
+template <class E, class Action>
+std::pair<std::string, unsigned int> ThrowSite(Action action) {
+    try {
+        action();
+    } catch (const E& failure) {
+        return {failure.getFile(), failure.getLine()};
+    }
+    ADD_FAILURE() << "no exception";
+    return {};
+}
+const std::string kThisSource = "zo/kel/osdep/AbsTimeToString";
+
 TEST(AbsTimeToDateTime, UnixEpochIs1970) {
     const std::tm utc = AbsTimeToUTCDateTime(AbsTime::fromWords(kUnixEpoch, 0), false);
-    EXPECT_EQ(utc.tm_year, 70);
-    EXPECT_EQ(utc.tm_mon, 0);
-    EXPECT_EQ(utc.tm_mday, 1);
-    EXPECT_EQ(utc.tm_hour, 0);
+    EXPECT_EQ((std::tuple{utc.tm_year, utc.tm_mon, utc.tm_mday, utc.tm_hour}), (std::tuple{70, 0, 1, 0}));
     const std::tm start = AbsTimeToUTCDateTime(AbsTime(), false);
-    EXPECT_EQ(start.tm_year, 4);
-    EXPECT_EQ(start.tm_yday, 0);
+    EXPECT_EQ((std::pair{start.tm_year, start.tm_yday}), (std::pair{4, 0}));
 
     ZonePin zone("EET-2");
     const std::tm local = AbsTimeToLocalDateTime(AbsTime::fromWords(kUnixEpoch, 0), false);
-    EXPECT_EQ(local.tm_hour, 2);
-    EXPECT_EQ(local.tm_mday, 1);
+    EXPECT_EQ((std::pair{local.tm_hour, local.tm_mday}), (std::pair{2, 1}));
 }
 
 TEST(AbsTimeToDateTime, RoundFlagRoundsHalfToEvenOnTheMagnitude) {
@@ -61,24 +72,16 @@ TEST(AbsTimeToDateTime, RoundFlagRoundsHalfToEvenOnTheMagnitude) {
     // Before 1970: -3.5 s rounds to -4 (:56), truncates to -3 (:57); -2.75 s rounds to -3.
     EXPECT_EQ(SecondOf(-4, kHalf, true), 56);
     EXPECT_EQ(SecondOf(-4, kHalf, false), 57);
-    EXPECT_EQ(SecondOf(-3, std::uint64_t{1} << 62, true), 57);
-    EXPECT_EQ(SecondOf(-3, std::uint64_t{1} << 62, false), 58);
+    EXPECT_EQ(SecondOf(-3, kQuarter, true), 57);
+    EXPECT_EQ(SecondOf(-3, kQuarter, false), 58);
 }
 
 TEST(AbsTimeToDateTime, UnrepresentableTimeThrowsWithItsLine) {
-    try {
-        AbsTimeToUTCDateTime(zo::kel::kLatestAbsTime, false);
-        FAIL() << "no exception";
-    } catch (const zo::kel::exception::OutOfRange& failure) {
-        EXPECT_STREQ(failure.getFile(), "zo/kel/osdep/AbsTimeToString");
-        EXPECT_EQ(failure.getLine(), 143u);
-    }
-    try {
-        AbsTimeToLocalDateTime(zo::kel::kEarliestAbsTime, true);
-        FAIL() << "no exception";
-    } catch (const zo::kel::exception::OutOfRange& failure) {
-        EXPECT_EQ(failure.getLine(), 104u);
-    }
+    using zo::kel::exception::OutOfRange;
+    EXPECT_EQ(ThrowSite<OutOfRange>([] { AbsTimeToUTCDateTime(zo::kel::kLatestAbsTime, false); }),
+              std::pair(kThisSource, 143u));
+    EXPECT_EQ(ThrowSite<OutOfRange>([] { AbsTimeToLocalDateTime(zo::kel::kEarliestAbsTime, true); }),
+              std::pair(kThisSource, 104u));
 }
 
 using zo::kel::osdep::AbsTimeToString;
@@ -96,12 +99,11 @@ protected:
 
     static std::wstring Text(AbsTime time, const wchar_t* date, const wchar_t* clock, unsigned int digits,
                              bool dateFirst = true, const wchar_t* suffix = nullptr,
-                             zo::kel::osdep::DecimalSeparatorType separator = PointDecimalSeparator) {
-        return AbsTimeToString(time, date, clock, digits, UTCTime, dateFirst, suffix, separator).c_str();
+                             zo::kel::osdep::DecimalSeparatorType separator = PointDecimalSeparator,
+                             zo::kel::osdep::TimeStringType type = UTCTime) {
+        return AbsTimeToString(time, date, clock, digits, type, dateFirst, suffix, separator).c_str();
     }
 };
-
-constexpr std::uint64_t kQuarter = std::uint64_t{1} << 62;
 
 TEST_F(AbsTimeToStringTest, JoinsDateAndTimeWithTheFraction) {
     const AbsTime time = AbsTime::fromWords(kUnixEpoch, kQuarter);
@@ -133,23 +135,15 @@ TEST_F(AbsTimeToStringTest, NullFormatsAreTheSystemsAndEarliestIsEmpty) {
     EXPECT_EQ(std::wstring(zo::kel::osdep::GetSystemTimeFormat().c_str()), L"%X");
     EXPECT_EQ(Text(zo::kel::kEarliestAbsTime, L"%Y", L"%S", 3), L"");
     ZonePin zone("EET-2");
-    EXPECT_EQ(std::wstring(AbsTimeToString(time, L"", L"%H:%M", 0, LocalTime, true, nullptr, PointDecimalSeparator)
-                               .c_str()),
-              L"03:01");
-    EXPECT_EQ(std::wstring(AbsTimeToString(time, L"", L"%H:%M", 0, static_cast<zo::kel::osdep::TimeStringType>(7),
-                                           true, nullptr, PointDecimalSeparator)
-                               .c_str()),
-              L"03:01");
+    // Every type but UTC is local time.
+    for (const auto type : {LocalTime, static_cast<zo::kel::osdep::TimeStringType>(7)}) {
+        EXPECT_EQ(Text(time, L"", L"%H:%M", 0, true, nullptr, PointDecimalSeparator, type), L"03:01") << type;
+    }
 }
 
 TEST_F(AbsTimeToStringTest, MoreThanThreeFractionDigitsThrow) {
-    try {
-        Text(AbsTime(), L"", L"%S", 4);
-        FAIL() << "no exception";
-    } catch (const zo::kel::exception::InvalidArgument& failure) {
-        EXPECT_STREQ(failure.getFile(), "zo/kel/osdep/AbsTimeToString");
-        EXPECT_EQ(failure.getLine(), 558u);
-    }
+    EXPECT_EQ(ThrowSite<zo::kel::exception::InvalidArgument>([] { Text(AbsTime(), L"", L"%S", 4); }),
+              std::pair(kThisSource, 558u));
 }
 
 // time() reads the coarse clock, which may lag the precise one by a tick; bound with the precise one.

@@ -48,6 +48,7 @@ TEST(IntegerToString, BaseOutsideTwoToThirtySixThrows) {
     }
     try {
         Int32ToString(-1, 1);
+        ADD_FAILURE() << "no exception";
     } catch (const zo::kel::exception::UnableToConvert& failure) {
         EXPECT_STREQ(failure.what(), "Unable to convert.");
     }
