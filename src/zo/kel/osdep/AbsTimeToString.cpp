@@ -65,11 +65,9 @@ WideString FractionText(AbsTime& time, unsigned int digits, DecimalSeparatorType
                                   time.fractionWord());
         scaled = 0.0;
     }
-    wchar_t pattern[kFractionTextSize];
     wchar_t text[kFractionTextSize];
-    if (std::swprintf(pattern, kFractionTextSize, L"%ls%%0%dd", DecimalSeparatorText(separator).c_str(),
-                      static_cast<int>(digits)) < 0 ||
-        std::swprintf(text, kFractionTextSize, pattern, static_cast<int>(scaled)) < 0) {
+    if (std::swprintf(text, kFractionTextSize, L"%ls%0*d", DecimalSeparatorText(separator).c_str(),
+                      static_cast<int>(digits), static_cast<int>(scaled)) < 0) {
         return WideString();
     }
     return WideString(text);
