@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
-#include <string_view>
 
 #include "zo/kel/Exception.h"
 #include "zo/kel/NumericCast.h"
@@ -21,14 +20,14 @@ std::atomic<bool> gWideToAnsiThrows{true};
 
 // Charsets whose first 128 codes are ASCII and that carry no shift state, so
 // ASCII-only text converts one unit to one unit without iconv.
-constexpr std::string_view kAsciiCompatibleCharsets[] = {
+constexpr const char* kAsciiCompatibleCharsets[] = {
     "US-ASCII", "ASCII", "ANSI_X3.4-1968", "UTF-8", "UTF8", "ISO-8859-1", "ISO8859-1", "LATIN1", "ISO-8859-15",
     "CP1252", "WINDOWS-1252",
 };
 
 bool IsAsciiCompatible(const char* charsetName) {
-    for (std::string_view name : kAsciiCompatibleCharsets) {
-        if (strcasecmp(charsetName, name.data()) == 0) return true;
+    for (const char* name : kAsciiCompatibleCharsets) {
+        if (strcasecmp(charsetName, name) == 0) return true;
     }
     return false;
 }
