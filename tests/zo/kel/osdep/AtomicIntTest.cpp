@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -18,11 +19,9 @@ TEST(AtomicInt, OperationsReturnTheNewOrPreviousValue) {
     EXPECT_EQ(count.compareExchange(9, 3), 7);  // not 3: unchanged
     EXPECT_EQ(count.value(), 7);
     EXPECT_EQ(count.compareExchange(9, 7), 7);  // swapped
-    EXPECT_TRUE(count == 9);
-    EXPECT_TRUE(count != 8);
-    EXPECT_TRUE(count > 8);
-    EXPECT_TRUE(count >= 9);
-    EXPECT_FALSE(count > 9);
+    // ==, !=, >, >= against 9 and 8, each on both sides of its boundary.
+    EXPECT_EQ(std::tuple(count == 9, count == 8, count != 8, count != 9, count > 8, count > 9, count >= 9, count >= 10),
+              std::tuple(true, false, true, false, true, false, true, false));
 }
 
 TEST(AtomicInt, CountsExactlyUnderContention) {

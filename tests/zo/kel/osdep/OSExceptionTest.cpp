@@ -4,7 +4,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <tuple>
 #include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -14,15 +16,11 @@ using zo::kel::osdep::PosixError;
 TEST(OSException, CodesAndTexts) {
     const OSException unknown;
     EXPECT_STREQ(unknown.what(), "Unknown error");
-    EXPECT_EQ(unknown.whatcode(), 0u);
-    EXPECT_EQ(unknown.getErrorCode(), 42);
-    EXPECT_EQ(unknown.getLine(), 0u);
-    EXPECT_EQ(unknown.getFile(), nullptr);
-
+    EXPECT_EQ(std::tuple(unknown.whatcode(), unknown.getErrorCode(), unknown.getLine(), unknown.getFile()),
+              std::tuple(0u, 42, 0u, nullptr));
     const OSException given("disk on fire", 5);
     EXPECT_STREQ(given.what(), "disk on fire");
-    EXPECT_EQ(given.whatcode(), 5u);
-    EXPECT_EQ(given.getErrorCode(), 42);
+    EXPECT_EQ(std::pair(given.whatcode(), given.getErrorCode()), std::pair(5u, 42));
 }
 
 TEST(PosixError, MapsErrnoToCoarseCodes) {
@@ -32,13 +30,11 @@ TEST(PosixError, MapsErrnoToCoarseCodes) {
     };
     for (const Row row : {Row{2, 7}, Row{0, 0}, Row{13, 42}, Row{22, 42}}) {
         const PosixError error(row.error);
-        EXPECT_EQ(error.getErrorCode(), row.code) << row.error;
-        EXPECT_EQ(error.whatcode(), static_cast<unsigned int>(row.error));
+        const OSException& base = error;  // through the base the same answers come back
+        const auto expected = std::pair(row.code, static_cast<unsigned int>(row.error));
+        EXPECT_EQ(std::pair(error.getErrorCode(), error.whatcode()), expected) << row.error;
+        EXPECT_EQ(std::pair(base.getErrorCode(), base.whatcode()), expected) << row.error;
         EXPECT_STREQ(error.what(), std::strerror(row.error));
-        // Through the base the same answers come back.
-        const OSException& base = error;
-        EXPECT_EQ(base.getErrorCode(), row.code);
-        EXPECT_EQ(base.whatcode(), static_cast<unsigned int>(row.error));
     }
     const PosixError named("open failed", ENOENT);
     EXPECT_STREQ(named.what(), "open failed");
