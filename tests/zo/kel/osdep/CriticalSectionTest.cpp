@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "zo/kel/osdep/Event.h"
@@ -63,6 +64,8 @@ TEST(CriticalSection, ExcludesOtherThreads) {
         section.leave();
     });
     EXPECT_FALSE(section.tryEnter());
+    // Give the contender time to get in if exclusion were broken.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_FALSE(secondInside);
     release.set();
     holder.join();
