@@ -17,9 +17,9 @@ locale_t OpenLocale(const char* localeName) {
         if (!current) ZO_THROW(exception::InvalidLocale);
         return current;
     }
-    const locale_t named = newlocale(LC_ALL_MASK, localeName, static_cast<locale_t>(nullptr));
-    if (named) return named;
-    if (errno == ENOENT || errno == EINVAL) ZO_THROW(exception::InvalidArgument2, localeName);
+    errno = 0;  // the C library sets it on a name's first failure only; repeats leave it alone
+    if (const locale_t named = newlocale(LC_ALL_MASK, localeName, static_cast<locale_t>(nullptr))) return named;
+    if (errno != ENOMEM) ZO_THROW(exception::InvalidArgument2, localeName);
     ZO_THROW(exception::InvalidLocale);
 }
 
