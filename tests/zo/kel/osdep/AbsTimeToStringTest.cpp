@@ -16,23 +16,16 @@
 namespace {
 
 using zo::kel::AbsTime;
-using zo::kel::osdep::AbsTimeToLocalDateTime;
-using zo::kel::osdep::AbsTimeToUTCDateTime;
+using namespace zo::kel::osdep;
 constexpr std::int64_t kUnixEpoch = 2082844800;
 constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
 constexpr std::uint64_t kQuarter = kHalf >> 1;
 
 // Pins the local time zone for one test.
-class ZonePin {
-public:
-    explicit ZonePin(const char* zone) {
-        ::setenv("TZ", zone, 1);
-        ::tzset();
-    }
-    ~ZonePin() {
-        ::setenv("TZ", "UTC0", 1);
-        ::tzset();
-    }
+struct ZonePin {
+    explicit ZonePin(const char* zone) { Set(zone); }
+    ~ZonePin() { Set("UTC0"); }
+    static void Set(const char* zone) { ::setenv("TZ", zone, 1); ::tzset(); }
 };
 
 int SecondOf(std::int64_t unixSeconds, std::uint64_t fraction, bool round) {
@@ -84,13 +77,6 @@ TEST(AbsTimeToDateTime, UnrepresentableTimeThrowsWithItsLine) {
               std::pair(kThisSource, 104u));
 }
 
-using zo::kel::osdep::AbsTimeToString;
-using zo::kel::osdep::CommaDecimalSeparator;
-using zo::kel::osdep::LocalTime;
-using zo::kel::osdep::LocaleDecimalSeparator;
-using zo::kel::osdep::PointDecimalSeparator;
-using zo::kel::osdep::UTCTime;
-
 // The user's locale is the C locale for these tests.
 class AbsTimeToStringTest : public ::testing::Test {
 protected:
@@ -99,8 +85,8 @@ protected:
 
     static std::wstring Text(AbsTime time, const wchar_t* date, const wchar_t* clock, unsigned int digits,
                              bool dateFirst = true, const wchar_t* suffix = nullptr,
-                             zo::kel::osdep::DecimalSeparatorType separator = PointDecimalSeparator,
-                             zo::kel::osdep::TimeStringType type = UTCTime) {
+                             DecimalSeparatorType separator = PointDecimalSeparator,
+                             TimeStringType type = UTCTime) {
         return AbsTimeToString(time, date, clock, digits, type, dateFirst, suffix, separator).c_str();
     }
 };
@@ -131,12 +117,12 @@ TEST_F(AbsTimeToStringTest, NullFormatsAreTheSystemsAndEarliestIsEmpty) {
     const AbsTime time = AbsTime::fromWords(kUnixEpoch + 3661, 0);
     EXPECT_EQ(Text(time, nullptr, L"", 0), L"01/01/70");
     EXPECT_EQ(Text(time, nullptr, nullptr, 0), L"01/01/70 01:01:01");
-    EXPECT_EQ(std::wstring(zo::kel::osdep::GetSystemDateFormat().c_str()), L"%x");
-    EXPECT_EQ(std::wstring(zo::kel::osdep::GetSystemTimeFormat().c_str()), L"%X");
+    EXPECT_EQ(std::wstring(GetSystemDateFormat().c_str()), L"%x");
+    EXPECT_EQ(std::wstring(GetSystemTimeFormat().c_str()), L"%X");
     EXPECT_EQ(Text(zo::kel::kEarliestAbsTime, L"%Y", L"%S", 3), L"");
     ZonePin zone("EET-2");
     // Every type but UTC is local time.
-    for (const auto type : {LocalTime, static_cast<zo::kel::osdep::TimeStringType>(7)}) {
+    for (const auto type : {LocalTime, static_cast<TimeStringType>(7)}) {
         EXPECT_EQ(Text(time, L"", L"%H:%M", 0, true, nullptr, PointDecimalSeparator, type), L"03:01") << type;
     }
 }
@@ -155,7 +141,7 @@ std::int64_t PreciseUnixSeconds() {
 
 TEST(SystemClock, AgreesWithTheRealTimeClockToTheSecond) {
     const std::int64_t before = PreciseUnixSeconds() + kUnixEpoch;
-    const AbsTime now = zo::kel::osdep::GetCurrentAbsTime();
+    const AbsTime now = GetCurrentAbsTime();
     const std::int64_t after = PreciseUnixSeconds() + kUnixEpoch;
     EXPECT_GE(now.secondsWord(), before);
     EXPECT_LE(now.secondsWord(), after);

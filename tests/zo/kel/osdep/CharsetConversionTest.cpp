@@ -16,15 +16,12 @@ using zo::kel::exception::BufferOverflow;
 using zo::kel::exception::InvalidArgument;
 using zo::kel::exception::UnableToConvert;
 
-// Restores a throw switch when the test ends.
-class ThrowSwitch {
-public:
-    ThrowSwitch(bool (*make)(bool), bool throws) : make_(make), previous_(make(throws)) {}
-    ~ThrowSwitch() { make_(previous_); }
-
-private:
-    bool (*make_)(bool);
-    bool previous_;
+// Sets a throw switch for one scope.
+struct ThrowSwitch {
+    ThrowSwitch(bool (*make)(bool), bool throws) : make(make), previous(make(throws)) {}
+    ~ThrowSwitch() { make(previous); }
+    bool (*make)(bool);
+    bool previous;
 };
 
 struct RoundTrip {
