@@ -47,7 +47,7 @@ int IniSetCaseAndWhitespaceSensitiveChecking(IniHandle doc, int on) {
     if (!doc) return kIniErrInvalidArgument;
     const int previous = doc->caseAndWhitespaceSensitive;
     doc->caseAndWhitespaceSensitive = on;
-    if (++doc->indexGeneration == 0) doc->indexGeneration = 1;
+    zoini_IndexInvalidateAll(doc);
     doc->lastSection = NULL;
     return previous;
 }
@@ -80,11 +80,17 @@ zoini_Section* zoini_NewSection(const char* name, size_t length, int line) {
     return section;
 }
 
+/* Disposes every item of the section, keeping the section and its list. */
+static void DisposeItems(zoini_Section* section) {
+    for (int i = 0; i < section->items.count; ++i) zoini_DisposeItem(section->items.elements[i]);
+    section->items.count = 0;
+    zoini_IndexDispose(&section->itemIndex);
+}
+
 void zoini_DisposeSection(zoini_Section* section) {
     if (!section) return;
-    for (int i = 0; i < section->items.count; ++i) zoini_DisposeItem(section->items.elements[i]);
+    DisposeItems(section);
     zoini_ListDispose(&section->items);
-    zoini_IndexDispose(&section->itemIndex);
     if (!section->nameInline) free(section->name);
     free(section);
 }
@@ -143,7 +149,7 @@ void zoini_RemoveAllSections(struct zoini_Document* doc) {
 
 /* Lookups */
 
-zoini_Section* IniFindSection(struct zoini_Document* doc, const char* name) {
+zoini_Section* zoini_FindSection(struct zoini_Document* doc, const char* name) {
     if (!doc || !name) return NULL;
     if (doc->lastSection && zoini_NameCompareOf(doc)(doc->lastSection->name, name) == 0) return doc->lastSection;
     zoini_Section* found = (zoini_Section*)zoini_IndexFind(doc, &doc->sectionIndex, &doc->sections, name);
@@ -163,7 +169,7 @@ zoini_Section* zoini_AppendSection(struct zoini_Document* doc, const char* name,
         zoini_DisposeSection(section);
         return NULL;
     }
-    zoini_IndexAdded(doc, &doc->sectionIndex, &doc->sections, (zoini_Named*)section);
+    zoini_IndexAdded(doc, &doc->sectionIndex, (zoini_Named*)section);
     return section;
 }
 
@@ -172,14 +178,14 @@ int zoini_AppendItem(struct zoini_Document* doc, zoini_Section* section, zoini_I
         zoini_DisposeItem(item);
         return kIniErrOutOfMemory;
     }
-    zoini_IndexAdded(doc, &section->itemIndex, &section->items, (zoini_Named*)item);
+    zoini_IndexAdded(doc, &section->itemIndex, (zoini_Named*)item);
     return 0;
 }
 
-int IniSectionExists(IniHandle doc, const char* section) { return IniFindSection(doc, section) != NULL; }
+int IniSectionExists(IniHandle doc, const char* section) { return zoini_FindSection(doc, section) != NULL; }
 
 int IniItemExists(IniHandle doc, const char* section, const char* item) {
-    return zoini_FindItem(doc, IniFindSection(doc, section), item) != NULL;
+    return zoini_FindItem(doc, zoini_FindSection(doc, section), item) != NULL;
 }
 
 int IniNumberOfSections(IniHandle doc) { return doc ? doc->sections.count : 0; }
@@ -192,12 +198,12 @@ int IniNthSectionName(IniHandle doc, int n, const char** name) {
 }
 
 int IniNumberOfItems(IniHandle doc, const char* section) {
-    const zoini_Section* found = IniFindSection(doc, section);
+    const zoini_Section* found = zoini_FindSection(doc, section);
     return found ? found->items.count : 0;
 }
 
 static const zoini_Item* NthItem(IniHandle doc, const char* section, int n) {
-    const zoini_Section* found = IniFindSection(doc, section);
+    const zoini_Section* found = zoini_FindSection(doc, section);
     return found ? zoini_ListGetItem(&found->items, n) : NULL;
 }
 
@@ -220,12 +226,12 @@ int IniLineOfLastAccess(IniHandle doc) { return doc ? doc->lineOfLastAccess : -1
 int IniLineOfFirstUnrecognizedLine(IniHandle doc) { return doc ? doc->lineOfFirstUnrecognizedLine : -1; }
 
 int IniLineOfSection(IniHandle doc, const char* section) {
-    const zoini_Section* found = IniFindSection(doc, section);
+    const zoini_Section* found = zoini_FindSection(doc, section);
     return found ? found->line : -1;
 }
 
 int IniLineOfItem(IniHandle doc, const char* section, const char* item) {
-    const zoini_Item* found = zoini_FindItem(doc, IniFindSection(doc, section), item);
+    const zoini_Item* found = zoini_FindItem(doc, zoini_FindSection(doc, section), item);
     return found ? found->line : -1;
 }
 
@@ -234,7 +240,7 @@ int IniLineOfItem(IniHandle doc, const char* section, const char* item) {
 int IniRenameSection(IniHandle doc, const char* section, const char* newName) {
     if (!doc) return kIniErrInvalidArgument;
     if (!newName || !*newName) return kIniErrEmptyName;
-    zoini_Section* found = IniFindSection(doc, section);
+    zoini_Section* found = zoini_FindSection(doc, section);
     if (!found) return 0;
     if (zoini_SetSectionName(found, newName, strlen(newName)) < 0) return kIniErrOutOfMemory;
     zoini_IndexInvalidate(&doc->sectionIndex);
@@ -251,23 +257,21 @@ void zoini_RemoveSectionRecord(struct zoini_Document* doc, zoini_Section* sectio
 }
 
 int IniRemoveSection(IniHandle doc, const char* section) {
-    zoini_Section* found = IniFindSection(doc, section);
+    zoini_Section* found = zoini_FindSection(doc, section);
     if (!found) return 0;
     zoini_RemoveSectionRecord(doc, found);
     return 1;
 }
 
 int IniDisposeSection(IniHandle doc, const char* section) {
-    zoini_Section* found = IniFindSection(doc, section);
+    zoini_Section* found = zoini_FindSection(doc, section);
     if (!found) return 0;
-    for (int i = 0; i < found->items.count; ++i) zoini_DisposeItem(found->items.elements[i]);
-    found->items.count = 0;
-    zoini_IndexDispose(&found->itemIndex);
+    DisposeItems(found);
     return 1;
 }
 
 int IniRemoveItem(IniHandle doc, const char* section, const char* item) {
-    zoini_Section* owner = IniFindSection(doc, section);
+    zoini_Section* owner = zoini_FindSection(doc, section);
     zoini_Item* found = zoini_FindItem(doc, owner, item);
     if (!found) return 0;
     const int position = zoini_ListPositionOf(&owner->items, found);

@@ -48,8 +48,8 @@ int zoini_LineSourceCheckEncoding(zoini_LineSource* source) {
     return 0;
 }
 
-int IniLineFileInputFunction(void* context, char* buffer, int room, int* lineComplete, int* endOfInput,
-                             int* lineNumber) {
+int zoini_LineSourceRead(void* context, char* buffer, int room, int* lineComplete, int* endOfInput,
+                         int* lineNumber) {
     zoini_LineSource* source = context;
     *lineComplete = 0;
     *endOfInput = 0;

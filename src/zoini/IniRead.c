@@ -66,7 +66,7 @@ static char* FindSeparator(const struct zoini_Document* doc, char* p, char* end,
 }
 
 /* Strips a matching pair of quotes the read options ask for; returns the quote. */
-static int IniNewEntryHandleQuotes(const struct zoini_Document* doc, char** value, size_t* length) {
+static int StripQuotes(const struct zoini_Document* doc, char** value, size_t* length) {
     static const struct {
         int option;
         char quote;
@@ -86,7 +86,7 @@ static int IniNewEntryHandleQuotes(const struct zoini_Document* doc, char** valu
 static int StoreItem(ReadState* state, const char* name, size_t nameLength, char* value, size_t valueLength,
                      int line) {
     struct zoini_Document* doc = state->doc;
-    const int quote = IniNewEntryHandleQuotes(doc, &value, &valueLength);
+    const int quote = StripQuotes(doc, &value, &valueLength);
     if (doc->duplicateChecking) {
         zoini_Item* existing = zoini_FindItem(doc, state->current, name);
         if (existing) {
@@ -259,7 +259,7 @@ int IniReadFromFilePtr(IniHandle doc, FILE* stream) {
     zoini_LineSourceFromStream(&source, stream);
     const int encoding = zoini_LineSourceCheckEncoding(&source);
     if (encoding < 0) return encoding;
-    return IniRead(doc, IniLineFileInputFunction, &source);
+    return IniRead(doc, zoini_LineSourceRead, &source);
 }
 
 int IniReadFromMemory(IniHandle doc, const void* bytes, size_t size) {
@@ -268,7 +268,7 @@ int IniReadFromMemory(IniHandle doc, const void* bytes, size_t size) {
     zoini_LineSourceFromMemory(&source, bytes, size);
     const int encoding = zoini_LineSourceCheckEncoding(&source);
     if (encoding < 0) return encoding;
-    return IniRead(doc, IniLineFileInputFunction, &source);
+    return IniRead(doc, zoini_LineSourceRead, &source);
 }
 
 int zoini_RememberFile(struct zoini_Document* doc, const char* path, struct timespec modified) {
@@ -280,12 +280,6 @@ int zoini_RememberFile(struct zoini_Document* doc, const char* path, struct time
     return 0;
 }
 
-struct timespec zoini_ModificationTime(const char* path) {
-    struct stat status;
-    if (*path && stat(path, &status) == 0) return status.st_mtim;
-    return (struct timespec){0, 0};
-}
-
 int IniReadFromFile(IniHandle doc, const char* path) {
     if (!doc || !path) return kIniErrInvalidArgument;
     FILE* stream = fopen(path, "rb");
@@ -293,7 +287,9 @@ int IniReadFromFile(IniHandle doc, const char* path) {
         struct stat status;
         return (errno != ENOENT && stat(path, &status) == 0) ? kIniErrCannotOpen : kIniErrInvalidArgument;
     }
-    const struct timespec modified = zoini_ModificationTime(path);
+    /* The time of the file opened, even if the path is replaced meanwhile. */
+    struct stat status;
+    const struct timespec modified = fstat(fileno(stream), &status) == 0 ? status.st_mtim : (struct timespec){0, 0};
     int result = IniReadFromFilePtr(doc, stream);
     fclose(stream);
     if (result >= 0) result = zoini_RememberFile(doc, path, modified);

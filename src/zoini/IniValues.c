@@ -21,7 +21,7 @@ static int CheckNames(IniHandle doc, const char* section, const char* item) {
 
 static int PutValue(IniHandle doc, const char* section, const char* item, const char* value, size_t length,
                     int quote) {
-    zoini_Section* owner = IniFindSection(doc, section);
+    zoini_Section* owner = zoini_FindSection(doc, section);
     const int created = owner == NULL;
     if (created && !(owner = zoini_AppendSection(doc, section, strlen(section), -1))) return kIniErrOutOfMemory;
     zoini_Item* existing = doc->duplicateChecking ? zoini_FindItem(doc, owner, item) : NULL;
@@ -124,16 +124,11 @@ int IniPutBoolean(IniHandle doc, const char* section, const char* item, int valu
 
 /* Get */
 
-static const char* SkipBlank(const char* p) {
-    while (*p && zoini_IsSpace(*p)) ++p;
-    return p;
-}
-
 /* The stored value of a present, non-blank item, or null; notes the item's line. */
 static const char* Lookup(IniHandle doc, const char* section, const char* item) {
-    const zoini_Item* found = zoini_FindItem(doc, IniFindSection(doc, section), item);
+    const zoini_Item* found = zoini_FindItem(doc, zoini_FindSection(doc, section), item);
     doc->lineOfLastAccess = found ? found->line : -1;
-    return (found && *SkipBlank(found->value)) ? found->value : NULL;
+    return (found && *zoini_SkipSpace(found->value)) ? found->value : NULL;
 }
 
 static int HexDigit(int c) {
@@ -241,7 +236,7 @@ int IniGetRawStringIntoBuffer(IniHandle doc, const char* section, const char* it
 /* Blanks, at most one sign, decimal digits, blanks; the magnitude must fit 32
  * bits. 0 or -5021. */
 static int ConvertNumStrToUint(const char* text, unsigned int* magnitude, int* negative) {
-    const char* p = SkipBlank(text);
+    const char* p = zoini_SkipSpace(text);
     *negative = *p == '-';
     if (*p == '-' || *p == '+') ++p;
     if (*p < '0' || *p > '9') return kIniErrBadInteger;
@@ -251,7 +246,7 @@ static int ConvertNumStrToUint(const char* text, unsigned int* magnitude, int* n
         if (value > (UINT_MAX - digit) / 10) return kIniErrBadInteger;
         value = value * 10 + digit;
     }
-    if (*SkipBlank(p)) return kIniErrBadInteger;
+    if (*zoini_SkipSpace(p)) return kIniErrBadInteger;
     *magnitude = value;
     return 0;
 }
@@ -289,9 +284,9 @@ int IniGetUInt(IniHandle doc, const char* section, const char* item, unsigned in
 
 /* True when the text, without surrounding blanks, is `word` in any case. */
 static int IsWord(const char* text, const char* word) {
-    const char* p = SkipBlank(text);
+    const char* p = zoini_SkipSpace(text);
     const size_t length = strlen(word);
-    return strncasecmp(p, word, length) == 0 && *SkipBlank(p + length) == '\0';
+    return strncasecmp(p, word, length) == 0 && *zoini_SkipSpace(p + length) == '\0';
 }
 
 int IniGetDouble(IniHandle doc, const char* section, const char* item, double* value) {

@@ -12,7 +12,7 @@
 
 static const unsigned char kByteOrderMark[] = {0xEF, 0xBB, 0xBF};
 
-static int IniFileOutputFunc(void* context, const char* line, size_t length) {
+static int WriteLineToStream(void* context, const char* line, size_t length) {
     FILE* stream = context;
     if (fwrite(line, 1, length, stream) != length || fputc('\n', stream) == EOF) return kIniErrFlushFailed;
     return 0;
@@ -23,7 +23,7 @@ static int WriteStream(IniHandle doc, FILE* stream, int sync) {
     if ((doc->writeFlags & kIniWriteByteOrderMark) &&
         fwrite(kByteOrderMark, 1, sizeof kByteOrderMark, stream) != sizeof kByteOrderMark)
         return kIniErrFlushFailed;
-    const int result = IniWrite(doc, IniFileOutputFunc, stream);
+    const int result = IniWrite(doc, WriteLineToStream, stream);
     if (result < 0) return result;
     if (fflush(stream) != 0) return kIniErrFlushFailed;
     if (sync && fsync(fileno(stream)) != 0) return kIniErrFlushFailed;
@@ -117,7 +117,8 @@ int IniWriteToFile(IniHandle doc, const char* path) {
     if (!doc || !path || !*path) return kIniErrInvalidArgument;
     const int result = (doc->writeFlags & kIniWriteSafeSave) ? SafeSave(doc, path) : WriteFile(doc, path);
     if (result < 0) return result;
-    return zoini_RememberFile(doc, path, zoini_ModificationTime(path));
+    struct stat status;
+    return zoini_RememberFile(doc, path, stat(path, &status) == 0 ? status.st_mtim : (struct timespec){0, 0});
 }
 
 static int IsAccessError(int error) {

@@ -4,8 +4,6 @@
 
 #include "zoini/zoini_internal.h"
 
-int zoini_ListNumItems(const zoini_List* list) { return list->count; }
-
 void* zoini_ListGetItem(const zoini_List* list, int position) {
     if (position < 1 || position > list->count) return NULL;
     return list->elements[position - 1];

@@ -13,11 +13,12 @@ enum { kIndexThreshold = 8 };
 
 int zoini_IsSpace(int c) { return isspace((unsigned char)c); }
 
-static const unsigned char* SkipSpace(const char* text) {
-    const unsigned char* p = (const unsigned char*)text;
-    while (*p && isspace(*p)) ++p;
-    return p;
+const char* zoini_SkipSpace(const char* text) {
+    while (*text && isspace((unsigned char)*text)) ++text;
+    return text;
 }
+
+static const unsigned char* SkipSpace(const char* text) { return (const unsigned char*)zoini_SkipSpace(text); }
 
 int zoini_StrICmpWithoutSurrWhiteSpace(const char* a, const char* b) {
     if (!a || !b) return a ? 1 : (b ? -1 : 0);
@@ -73,11 +74,15 @@ static void NoteLocale(struct zoini_Document* doc) {
     if (upper != doc->indexLocale[0] || classes != doc->indexLocale[1]) {
         doc->indexLocale[0] = upper;
         doc->indexLocale[1] = classes;
-        if (++doc->indexGeneration == 0) doc->indexGeneration = 1;
+        zoini_IndexInvalidateAll(doc);
     }
 }
 
 void zoini_IndexInvalidate(zoini_NameIndex* index) { index->generation = 0; }
+
+void zoini_IndexInvalidateAll(struct zoini_Document* doc) {
+    if (++doc->indexGeneration == 0) doc->indexGeneration = 1; /* 0 marks an index never built */
+}
 
 void zoini_IndexDispose(zoini_NameIndex* index) {
     free(index->slots);
@@ -167,9 +172,7 @@ zoini_Named* zoini_IndexFind(struct zoini_Document* doc, zoini_NameIndex* index,
     return index->slots[Probe(doc, index, name, HashName(doc, name))];
 }
 
-int zoini_IndexAdded(struct zoini_Document* doc, zoini_NameIndex* index, const zoini_List* list,
-                     zoini_Named* record) {
-    (void)list;
+int zoini_IndexAdded(struct zoini_Document* doc, zoini_NameIndex* index, zoini_Named* record) {
     if (!IsCurrent(doc, index)) return 0;
     const int result = Insert(doc, index, record);
     if (result < 0) zoini_IndexDispose(index);

@@ -19,7 +19,6 @@ typedef struct zoini_List {
     int capacity;
 } zoini_List;
 
-int zoini_ListNumItems(const zoini_List* list);
 void* zoini_ListGetItem(const zoini_List* list, int position);
 /* Appends; 0 or -12. */
 int zoini_ListInsertItem(zoini_List* list, void* element);
@@ -99,13 +98,14 @@ char* zoini_StrNDup(const char* text, size_t length);
 zoini_Named* zoini_IndexFind(struct zoini_Document* doc, zoini_NameIndex* index, const zoini_List* list,
                              const char* name);
 /* After appending `record` to `list`: 0 or -12 (the index is then dropped). */
-int zoini_IndexAdded(struct zoini_Document* doc, zoini_NameIndex* index, const zoini_List* list,
-                     zoini_Named* record);
+int zoini_IndexAdded(struct zoini_Document* doc, zoini_NameIndex* index, zoini_Named* record);
 /* After removing `record` (still allocated) from `list` at `position`. */
 void zoini_IndexRemoved(struct zoini_Document* doc, zoini_NameIndex* index, const zoini_List* list,
                         const zoini_Named* record, int position);
 /* After renaming records or reordering the list. */
 void zoini_IndexInvalidate(zoini_NameIndex* index);
+/* After a change of the name comparison: every index of the document is stale. */
+void zoini_IndexInvalidateAll(struct zoini_Document* doc);
 void zoini_IndexDispose(zoini_NameIndex* index);
 
 /* Records */
@@ -121,7 +121,7 @@ int zoini_SetSectionName(zoini_Section* section, const char* name, size_t length
 void zoini_RemoveAllSections(struct zoini_Document* doc);
 
 /* Lookups with the document's name comparison; a found section is cached in lastSection. */
-zoini_Section* IniFindSection(struct zoini_Document* doc, const char* name);
+zoini_Section* zoini_FindSection(struct zoini_Document* doc, const char* name);
 zoini_Item* zoini_FindItem(struct zoini_Document* doc, zoini_Section* section, const char* name);
 /* Appends a section (line -1 when made in memory); null when memory runs out. */
 zoini_Section* zoini_AppendSection(struct zoini_Document* doc, const char* name, size_t length, int line);
@@ -130,10 +130,10 @@ void zoini_RemoveSectionRecord(struct zoini_Document* doc, zoini_Section* sectio
 int zoini_AppendItem(struct zoini_Document* doc, zoini_Section* section, zoini_Item* item);
 
 int zoini_IsSpace(int c);
+/* The first character of `text` that is not white space. */
+const char* zoini_SkipSpace(const char* text);
 
 /* The file last read or written, for IniIsFileNewer: 0 or -12. */
 int zoini_RememberFile(struct zoini_Document* doc, const char* path, struct timespec modified);
-/* {0, 0} when unknown. */
-struct timespec zoini_ModificationTime(const char* path);
 
 #endif

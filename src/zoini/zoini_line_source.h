@@ -24,7 +24,7 @@ void zoini_LineSourceFromMemory(zoini_LineSource* source, const void* bytes, siz
 /* Before the first line: 0, -3 for a UTF-16/UTF-32 mark, or -5002. */
 int zoini_LineSourceCheckEncoding(zoini_LineSource* source);
 /* The IniLineInputFunc of a zoini_LineSource. */
-int IniLineFileInputFunction(void* context, char* buffer, int room, int* lineComplete, int* endOfInput,
-                             int* lineNumber);
+int zoini_LineSourceRead(void* context, char* buffer, int room, int* lineComplete, int* endOfInput,
+                         int* lineNumber);
 
 #endif
