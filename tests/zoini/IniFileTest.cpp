@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdio>
-#include <filesystem>
-#include <string>
+#include <iterator>
 
 #include "zoini/IniTestSupport.h"
 
@@ -14,22 +11,27 @@ namespace {
 using namespace ini_test;
 namespace fs = std::filesystem;
 
-int CountEntries(const fs::path& directory) {
-    int count = 0;
-    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(directory)) ++count;
-    return count;
-}
+// A scratch directory holding config.ini with old contents, and an empty document.
+class IniFile : public testing::Test {
+protected:
+    IniFile() { WriteFileContents(path, "old contents\n"); }
+    int Entries() const {
+        return static_cast<int>(std::distance(fs::directory_iterator(scratch.path()), fs::directory_iterator()));
+    }
+    int Write(const fs::path& target) { return IniWriteToFile(doc.get(), target.c_str()); }
 
-TEST(IniFile, ReadFromFileResults) {
     ScratchDirectory scratch;
+    const fs::path path = scratch / "config.ini";
     Document doc = NewDocument();
+};
+
+TEST_F(IniFile, ReadFromFileResults) {
     EXPECT_EQ(IniReadFromFile(doc.get(), nullptr), kIniErrInvalidArgument);
     EXPECT_EQ(IniReadFromFile(doc.get(), (scratch / "missing.ini").c_str()), kIniErrInvalidArgument);
     EXPECT_EQ(IniReadFromFilePtr(doc.get(), nullptr), kIniErrInvalidArgument);
     EXPECT_EQ(IniReadFromFile(doc.get(), scratch.path().c_str()), kIniErrReadFailed);  // a directory
     EXPECT_EQ(IniIsFileNewer(doc.get()), kIniErrNoFile);
 
-    const fs::path path = scratch / "a.ini";
     WriteFileContents(path, "\xEF\xBB\xBF[S]\r\nkey = value\r\n");
     ASSERT_EQ(IniReadFromFile(doc.get(), path.c_str()), 0);
     EXPECT_EQ(RawValue(doc.get(), "S", "key"), "value");
@@ -41,80 +43,60 @@ TEST(IniFile, ReadFromFileResults) {
     EXPECT_EQ(IniIsFileNewer(doc.get()), kIniErrInvalidArgument);
 }
 
-TEST(IniFile, SafeSaveReplacesTheFileAndKeepsItsMode) {
-    ScratchDirectory scratch;
-    const fs::path path = scratch / "config.ini";
-    WriteFileContents(path, "old contents\n");
+TEST_F(IniFile, SafeSaveReplacesTheFileAndKeepsItsMode) {
     ASSERT_EQ(chmod(path.c_str(), 0600), 0);
-    Document doc = NewDocument();
     IniPutString(doc.get(), "S", "k", "v");
-    ASSERT_EQ(IniWriteToFile(doc.get(), path.c_str()), 0);
+    ASSERT_EQ(Write(path), 0);
     EXPECT_EQ(FileContents(path), "[S]\nk = \"v\"\n\n");
-    struct stat status;
-    ASSERT_EQ(stat(path.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 0600u);
-    EXPECT_EQ(CountEntries(scratch.path()), 1);
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(Entries(), 1);
     EXPECT_EQ(IniIsFileNewer(doc.get()), 0);
 
     IniSetWriteOptions(doc.get(), 80, 0, kIniWriteByteOrderMark | kIniWriteSafeSave);
-    ASSERT_EQ(IniWriteToFile(doc.get(), path.c_str()), 0);
+    ASSERT_EQ(Write(path), 0);
     EXPECT_EQ(FileContents(path), "\xEF\xBB\xBF[S]\nk=\"v\"\n\n");
-    EXPECT_EQ(CountEntries(scratch.path()), 1);
-    EXPECT_EQ(IniWriteToFile(doc.get(), ""), kIniErrInvalidArgument);
+    EXPECT_EQ(Entries(), 1);
+    EXPECT_EQ(Write(""), kIniErrInvalidArgument);
 }
 
-TEST(IniFile, FailedSaveKeepsTheOldFileAndRemovesTheTemporary) {
-    ScratchDirectory scratch;
-    const fs::path path = scratch / "config.ini";
-    WriteFileContents(path, "old contents\n");
-    Document doc = NewDocument();
+TEST_F(IniFile, FailedSaveKeepsTheOldFileAndRemovesTheTemporary) {
     IniPut(doc.get(), "S", "a rather long item name", "value", 0);
     for (const int flags : {int{kIniWriteSafeSave | kIniWriteTempFileMkstemp}, int{kIniWriteSafeSave}, 0}) {
         IniSetWriteOptions(doc.get(), 20, 0, flags);
-        EXPECT_EQ(IniWriteToFile(doc.get(), path.c_str()), kIniErrLineTooShort);
-        EXPECT_EQ(CountEntries(scratch.path()), flags ? 1 : 0);
+        EXPECT_EQ(Write(path), kIniErrLineTooShort);
+        EXPECT_EQ(Entries(), flags ? 1 : 0);
         if (flags) {
             EXPECT_EQ(FileContents(path), "old contents\n");
         }
     }
     IniSetWriteOptions(doc.get(), 80, 0, kIniWriteSafeSave);
-    EXPECT_EQ(IniWriteToFile(doc.get(), (scratch / "no/such/dir.ini").c_str()), kIniErrNotWritable);
+    EXPECT_EQ(Write(scratch / "no/such/dir.ini"), kIniErrNotWritable);
 }
 
 // Without mkstemp the temporary name is derived from the target; a directory
 // squatting on exactly that name makes the save fail, which shows the name.
-TEST(IniFile, DerivedTemporaryNames) {
-    ScratchDirectory scratch;
-    Document doc = NewDocument();
+TEST_F(IniFile, DerivedTemporaryNames) {
     IniPutInt(doc.get(), "S", "k", 1);
     IniSetWriteOptions(doc.get(), 80, 0, kIniWriteSafeSave);
-    const struct {
-        const char* target;
-        const char* temporary;
-    } cases[] = {{"c.ini", "c.TMP"}, {"d.TMP", "d.TMP.TMP"}, {"noext", "noext.TMP"}, {"e.tar.gz", "e.tar.TMP"}};
-    for (const auto& c : cases) {
-        fs::create_directory(scratch / c.temporary);
-        EXPECT_EQ(IniWriteToFile(doc.get(), (scratch / c.target).c_str()), kIniErrOutputNotOpenable) << c.target;
-        fs::remove(scratch / c.temporary);
-        EXPECT_EQ(IniWriteToFile(doc.get(), (scratch / c.target).c_str()), 0) << c.target;
-        EXPECT_FALSE(fs::exists(scratch / c.temporary)) << c.target;
-    }
-
     // A path without a directory appends ".TMP" to the whole name.
     const fs::path previous = fs::current_path();
     fs::current_path(scratch.path());
-    fs::create_directory("f.ini.TMP");
-    EXPECT_EQ(IniWriteToFile(doc.get(), "f.ini"), kIniErrOutputNotOpenable);
-    fs::remove("f.ini.TMP");
-    EXPECT_EQ(IniWriteToFile(doc.get(), "f.ini"), 0);
+    for (const auto& [target, temporary] : {std::pair<fs::path, fs::path>{scratch / "c.ini", scratch / "c.TMP"},
+                                            {scratch / "d.TMP", scratch / "d.TMP.TMP"},
+                                            {scratch / "noext", scratch / "noext.TMP"},
+                                            {scratch / "e.tar.gz", scratch / "e.tar.TMP"},
+                                            {"f.ini", "f.ini.TMP"}}) {
+        fs::create_directory(temporary);
+        EXPECT_EQ(Write(target), kIniErrOutputNotOpenable) << target;
+        fs::remove(temporary);
+        EXPECT_EQ(Write(target), 0) << target;
+        EXPECT_FALSE(fs::exists(temporary)) << target;
+    }
     fs::current_path(previous);
     EXPECT_EQ(FileContents(scratch / "f.ini"), "[S]\nk=1\n\n");
 }
 
-TEST(IniFile, WriteToOpenStream) {
-    ScratchDirectory scratch;
-    const fs::path path = scratch / "stream.ini";
-    Document doc = NewDocument();
+TEST_F(IniFile, WriteToOpenStream) {
     IniPutInt(doc.get(), "S", "k", 1);
     FILE* stream = std::fopen(path.c_str(), "w+b");
     ASSERT_NE(stream, nullptr);

@@ -1,7 +1,6 @@
 // A child process saves a large document over an existing file and is killed
 // with SIGKILL at random moments of the save; the file must always hold one
 // whole document, the old or the new.
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -96,7 +95,12 @@ TEST(IniSafeSave, KilledSaveLeavesOldOrNewDocument) {
     const auto longestDelay = std::chrono::duration_cast<std::chrono::microseconds>(saveTime * 3 / 2).count();
     std::uniform_int_distribution<long> delays(0, longestDelay);
     int oldSeen = 0, newSeen = 0;
-    for (int run = 0; run < runs; ++run) {
+    // A machine that slows down after the calibration may leave one outcome
+    // unseen: go on a while longer (within the test's time limit) rather than fail for it.
+    const auto started = Clock::now();
+    for (int run = 0; run < runs || ((oldSeen == 0 || newSeen == 0) && run < 2 * runs &&
+                                     Clock::now() - started < std::chrono::seconds(30));
+         ++run) {
         WriteFileContents(path, oldText);
         const pid_t child = SaveInChild(newDoc.get(), path);
         std::this_thread::sleep_for(std::chrono::microseconds(delays(random)));

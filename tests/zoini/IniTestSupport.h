@@ -6,9 +6,11 @@
 
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "zoini/zoini.h"
 
@@ -41,9 +43,31 @@ inline std::string WriteText(IniHandle doc) {
     return text;
 }
 
+// The item's raw value, "<none>" when it is missing or blank.
 inline std::string RawValue(IniHandle doc, const char* section, const char* item) {
     const char* value = nullptr;
     return IniGetPointerToRawString(doc, section, item, &value) == 1 ? value : "<none>";
+}
+
+// RawValue and IniLineOfItem of each named item of `section`.
+inline void ExpectRawValues(IniHandle doc, const char* section,
+                            std::initializer_list<std::pair<const char*, std::string>> expected) {
+    for (const auto& [item, value] : expected) EXPECT_EQ(RawValue(doc, section, item), value) << section << ", " << item;
+}
+
+inline void ExpectItemLines(IniHandle doc, const char* section, std::initializer_list<std::pair<const char*, int>> expected) {
+    for (const auto& [item, line] : expected) EXPECT_EQ(IniLineOfItem(doc, section, item), line) << section << ", " << item;
+}
+
+// The name of the n-th section (or, given a section, item), "<none>" when there is none.
+inline std::string NthName(IniHandle doc, int n) {
+    const char* name = nullptr;
+    return IniNthSectionName(doc, n, &name) == 1 ? name : "<none>";
+}
+
+inline std::string NthName(IniHandle doc, const char* section, int n) {
+    const char* name = nullptr;
+    return IniNthItemName(doc, section, n, &name) == 1 ? name : "<none>";
 }
 
 inline std::string FileContents(const std::filesystem::path& path) {

@@ -1,8 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstdlib>
-#include <string>
+#include <vector>
 
 #include "zoini/IniTestSupport.h"
 
@@ -12,21 +10,18 @@ using namespace ini_test;
 
 TEST(IniValues, TypedPutsStoreTheirText) {
     Document doc = NewDocument();
-    EXPECT_EQ(IniPutDouble(doc.get(), "S", "d", 0.5), 1);
-    EXPECT_EQ(IniPutInt(doc.get(), "S", "i", -42), 1);
-    EXPECT_EQ(IniPutUInt(doc.get(), "S", "u", 4294967295u), 1);
-    EXPECT_EQ(IniPutBoolean(doc.get(), "S", "t", 7), 1);
-    EXPECT_EQ(IniPutBoolean(doc.get(), "S", "f", 0), 1);
-    EXPECT_EQ(IniPut(doc.get(), "S", "p", nullptr, 0), 1);
-    EXPECT_EQ(IniPut(doc.get(), "S", "q", "v", 'x'), kIniErrInvalidArgument);
-    EXPECT_EQ(IniPutRawString(doc.get(), "S", "r", "a\\tb"), 1);
+    IniHandle d = doc.get();
+    // The results of the puts, in order (a braced list is evaluated left to right).
+    EXPECT_EQ((std::vector{IniPutDouble(d, "S", "d", 0.5), IniPutInt(d, "S", "i", -42), IniPutUInt(d, "S", "u", 4294967295u),
+                           IniPutBoolean(d, "S", "t", 7), IniPutBoolean(d, "S", "f", 0), IniPut(d, "S", "p", nullptr, 0),
+                           IniPut(d, "S", "q", "v", 'x'), IniPutRawString(d, "S", "r", "a\\tb")}),
+              (std::vector{1, 1, 1, 1, 1, 1, int{kIniErrInvalidArgument}, 1}));
     EXPECT_EQ(WriteText(doc.get()),
               "[S]\nd = 5.00000000000000e-01\ni = -42\nu = 4294967295\nt = True\nf = False\np = \n"
               "r = \"a\\tb\"\n\n");
     EXPECT_EQ(IniLineOfSection(doc.get(), "S"), -1);
-    EXPECT_EQ(IniPutInt(doc.get(), "", "i", 1), kIniErrEmptyName);
-    EXPECT_EQ(IniPutInt(doc.get(), "S", "", 1), kIniErrEmptyName);
-    EXPECT_EQ(IniPutInt(nullptr, "S", "i", 1), kIniErrInvalidArgument);
+    EXPECT_EQ((std::vector{IniPutInt(d, "", "i", 1), IniPutInt(d, "S", "", 1), IniPutInt(nullptr, "S", "i", 1)}),
+              (std::vector{int{kIniErrEmptyName}, int{kIniErrEmptyName}, int{kIniErrInvalidArgument}}));
 }
 
 TEST(IniValues, PutReplacesOnlyWithDuplicateChecking) {
@@ -50,20 +45,18 @@ TEST(IniValues, StringsAreEscapedAndUnescaped) {
     ASSERT_EQ(IniGetPointerToString(doc.get(), "S", "s", &value), 1);
     EXPECT_EQ(value, original);
     ASSERT_EQ(IniPutStringWithOptions(doc.get(), "S", "plain", "a\tb", 0, 0), 1);
-    EXPECT_EQ(WriteText(doc.get()).substr(WriteText(doc.get()).find("plain")), "plain = a\tb\n\n");
+    const std::string text = WriteText(doc.get());
+    EXPECT_EQ(text.substr(text.find("plain")), "plain = a\tb\n\n");
 
     // Unknown escapes keep the character; \x needs two hex digits of either case.
     ASSERT_EQ(IniPut(doc.get(), "S", "odd", "a\\qb\\x4A\\x4a\\x4\\\"q\"\\", 0), 1);
     ASSERT_EQ(IniGetPointerToString(doc.get(), "S", "odd", &value), 1);
     EXPECT_STREQ(value, "aqbJJx4\"q\"");
-}
 
-TEST(IniValues, ScratchBlockServesLongValues) {
-    Document doc = NewDocument();
+    // The scratch block grows for a long value and serves a short one after it.
     const std::string longValue(5000, 'a');
     IniPutString(doc.get(), "S", "long", longValue.c_str());
     IniPutString(doc.get(), "S", "short", "b");
-    const char* value = nullptr;
     ASSERT_EQ(IniGetPointerToString(doc.get(), "S", "long", &value), 1);
     EXPECT_EQ(value, longValue);
     ASSERT_EQ(IniGetPointerToString(doc.get(), "S", "short", &value), 1);
@@ -85,94 +78,64 @@ TEST(IniValues, MissingAndBlankItemsGiveZero) {
     EXPECT_EQ(IniLineOfLastAccess(doc.get()), 3);
 }
 
-struct IntegerCase {
-    const char* text;
-    int intResult;
-    int intValue;
-    int uintResult;
-    unsigned int uintValue;
-};
+// `text` put as an item and read back by `get` into a variable holding
+// `initial`: the result and the variable, which a refusal must leave alone.
+template <typename T>
+std::pair<int, T> GetAs(int (*get)(IniHandle, const char*, const char*, T*), const char* text, T initial = T{}) {
+    Document doc = NewDocument();
+    IniPut(doc.get(), "S", "v", text, 0);
+    T value = initial;
+    const int result = get(doc.get(), "S", "v", &value);
+    return {result, value};
+}
 
 TEST(IniValues, IntegerGrammar) {
-    const IntegerCase cases[] = {
-        {" -2147483648 ", 1, -2147483647 - 1, kIniErrBadInteger, 0},
-        {"2147483647", 1, 2147483647, 1, 2147483647u},
-        {"2147483648", kIniErrBadInteger, 0, 1, 2147483648u},
-        {"4294967295", kIniErrBadInteger, 0, 1, 4294967295u},
-        {"4294967296", kIniErrBadInteger, 0, kIniErrBadInteger, 0},
-        {"+17", 1, 17, 1, 17},
-        {"-0", 1, 0, kIniErrBadInteger, 0},
-        {"12abc", kIniErrBadInteger, 0, kIniErrBadInteger, 0},
-        {"- 5", kIniErrBadInteger, 0, kIniErrBadInteger, 0},
-        {"5-", kIniErrBadInteger, 0, kIniErrBadInteger, 0},
-        {"+-5", kIniErrBadInteger, 0, kIniErrBadInteger, 0},
-        {"+", kIniErrBadInteger, 0, kIniErrBadInteger, 0},
-        {"0x10", kIniErrBadInteger, 0, kIniErrBadInteger, 0},
-        {"1 2", kIniErrBadInteger, 0, kIniErrBadInteger, 0},
+    const struct {
+        const char* text;
+        std::pair<int, int> asInt;
+        std::pair<int, unsigned int> asUInt;
+    } cases[] = {
+        {" -2147483648 ", {1, -2147483647 - 1}, {kIniErrBadInteger, 0}},
+        {"2147483647", {1, 2147483647}, {1, 2147483647u}},
+        {"2147483648", {kIniErrBadInteger, 0}, {1, 2147483648u}},
+        {"4294967295", {kIniErrBadInteger, 0}, {1, 4294967295u}},
+        {"+17", {1, 17}, {1, 17}},
+        {"-0", {1, 0}, {kIniErrBadInteger, 0}},
     };
-    for (const IntegerCase& c : cases) {
-        Document doc = NewDocument();
-        IniPut(doc.get(), "S", "n", c.text, 0);
-        int intValue = 0;
-        unsigned int uintValue = 0;
-        EXPECT_EQ(IniGetInt(doc.get(), "S", "n", &intValue), c.intResult) << c.text;
-        if (c.intResult == 1) {
-            EXPECT_EQ(intValue, c.intValue) << c.text;
-        }
-        EXPECT_EQ(IniGetUInt(doc.get(), "S", "n", &uintValue), c.uintResult) << c.text;
-        if (c.uintResult == 1) {
-            EXPECT_EQ(uintValue, c.uintValue) << c.text;
-        }
+    for (const auto& c : cases) {
+        EXPECT_EQ(GetAs(IniGetInt, c.text), c.asInt) << c.text;
+        EXPECT_EQ(GetAs(IniGetUInt, c.text), c.asUInt) << c.text;
+    }
+    for (const char* text : {"4294967296", "12abc", "- 5", "5-", "+-5", "+", "0x10", "1 2"}) {
+        EXPECT_EQ(GetAs(IniGetInt, text), std::make_pair(int{kIniErrBadInteger}, 0)) << text;
+        EXPECT_EQ(GetAs(IniGetUInt, text), std::make_pair(int{kIniErrBadInteger}, 0u)) << text;
     }
 }
 
 TEST(IniValues, DoublesAndBooleans) {
-    const struct {
-        const char* text;
-        int result;
-        double value;
-    } doubles[] = {
-        {"+Inf", 1, HUGE_VAL}, {" inf ", 1, HUGE_VAL}, {"-INF", 1, -HUGE_VAL}, {"1.5", 1, 1.5},
-        {"  -2.5e3", 1, -2500.0}, {"1.5 ", kIniErrBadDouble, 0}, {"1e999", kIniErrBadDouble, 0},
-        {"abc", kIniErrBadDouble, 0}, {"1.5x", kIniErrBadDouble, 0},
+    const std::pair<const char*, std::pair<int, double>> doubles[] = {
+        {"+Inf", {1, HUGE_VAL}}, {" inf ", {1, HUGE_VAL}}, {"-INF", {1, -HUGE_VAL}}, {"1.5", {1, 1.5}},
+        {"  -2.5e3", {1, -2500.0}}, {"1.5 ", {kIniErrBadDouble, 0}}, {"1e999", {kIniErrBadDouble, 0}},
+        {"abc", {kIniErrBadDouble, 0}}, {"1.5x", {kIniErrBadDouble, 0}},
     };
-    for (const auto& c : doubles) {
-        Document doc = NewDocument();
-        IniPut(doc.get(), "S", "d", c.text, 0);
-        double value = 0;
-        EXPECT_EQ(IniGetDouble(doc.get(), "S", "d", &value), c.result) << c.text;
-        if (c.result == 1) {
-            EXPECT_EQ(value, c.value) << c.text;
-        }
-    }
-    const struct {
-        const char* text;
-        int result;
-        int value;
-    } booleans[] = {{" true ", 1, 1}, {"FALSE", 1, 0}, {"True", 1, 1}, {"yes", kIniErrBadBoolean, 0},
-                    {"truest", kIniErrBadBoolean, 0}, {"1", kIniErrBadBoolean, 0}};
-    for (const auto& c : booleans) {
-        Document doc = NewDocument();
-        IniPut(doc.get(), "S", "b", c.text, 0);
-        int value = -1;
-        EXPECT_EQ(IniGetBoolean(doc.get(), "S", "b", &value), c.result) << c.text;
-        if (c.result == 1) {
-            EXPECT_EQ(value, c.value) << c.text;
-        }
-    }
+    for (const auto& [text, expected] : doubles) EXPECT_EQ(GetAs(IniGetDouble, text), expected) << text;
+    const std::pair<const char*, std::pair<int, int>> booleans[] = {
+        {" true ", {1, 1}}, {"FALSE", {1, 0}}, {"True", {1, 1}}, {"yes", {kIniErrBadBoolean, -1}},
+        {"truest", {kIniErrBadBoolean, -1}}, {"1", {kIniErrBadBoolean, -1}}};
+    for (const auto& [text, expected] : booleans) EXPECT_EQ(GetAs(IniGetBoolean, text, -1), expected) << text;
 }
 
 TEST(IniValues, CopiesAndBuffers) {
     Document doc = NewDocument();
     IniPutString(doc.get(), "S", "s", "a\tb");
-    char* copy = nullptr;
-    ASSERT_EQ(IniGetStringCopy(doc.get(), "S", "s", &copy), 1);
-    EXPECT_STREQ(copy, "a\tb");
-    std::free(copy);
-    ASSERT_EQ(IniGetRawStringCopy(doc.get(), "S", "s", &copy), 1);
-    EXPECT_STREQ(copy, "a\\tb");
-    std::free(copy);
-
+    using CopyGetter = int (*)(IniHandle, const char*, const char*, char**);
+    for (const auto& [get, expected] :
+         {std::pair<CopyGetter, const char*>{IniGetStringCopy, "a\tb"}, {IniGetRawStringCopy, "a\\tb"}}) {
+        char* copy = nullptr;
+        ASSERT_EQ(get(doc.get(), "S", "s", &copy), 1);
+        EXPECT_STREQ(copy, expected);
+        std::free(copy);
+    }
     char buffer[4];
     EXPECT_EQ(IniGetStringIntoBuffer(doc.get(), "S", "s", buffer, sizeof buffer), 1);
     EXPECT_STREQ(buffer, "a\tb");
