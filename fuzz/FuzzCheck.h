@@ -13,9 +13,20 @@ inline void Require(bool holds) {
     if (!holds) __builtin_trap();
 }
 
-inline std::vector<unsigned char> ExactCopy(const std::uint8_t* data, std::size_t size) {
-    return std::vector<unsigned char>(data, data + size);
-}
+// The input bytes in a block of their own, with its bounds.
+class ExactInput {
+public:
+    ExactInput(const std::uint8_t* data, std::size_t size) : bytes_(data, data + size) {}
+    const unsigned char* begin() const { return bytes_.data(); }
+    const unsigned char* end() const { return bytes_.data() + bytes_.size(); }
+    std::size_t size() const { return bytes_.size(); }
+    unsigned char operator[](std::size_t at) const { return bytes_[at]; }
+    // The bytes a reader consumed, from the start up to `cursor`.
+    std::vector<unsigned char> Consumed(const unsigned char* cursor) const { return {begin(), cursor}; }
+
+private:
+    std::vector<unsigned char> bytes_;
+};
 
 // The byte form of `value`, which must fill exactly its serializationSize().
 template <typename Value>
@@ -25,6 +36,16 @@ std::vector<unsigned char> Encode(const Value& value) {
     value.serialize(write, encoded.data() + encoded.size());
     Require(write == encoded.data() + encoded.size());
     return encoded;
+}
+
+// `encoded` read into a fresh Value, which must consume all of it.
+template <typename Value>
+Value Reread(const std::vector<unsigned char>& encoded) {
+    Value again;
+    const unsigned char* reread = encoded.data();
+    again.deserialize(reread, encoded.data() + encoded.size());
+    Require(reread == encoded.data() + encoded.size());
+    return again;
 }
 
 }  // namespace fuzzcheck

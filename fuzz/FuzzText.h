@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "FuzzCheck.h"
 #include "zo/kel/Exception.h"
 
 namespace fuzz_text {
@@ -27,8 +28,6 @@ bool OnlyOutOfRange(Call&& call) {
     }
 }
 
-inline void Require(bool condition) {
-    if (!condition) __builtin_trap();
-}
+using fuzzcheck::Require;
 
 }  // namespace fuzz_text

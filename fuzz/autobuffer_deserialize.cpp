@@ -10,16 +10,15 @@
 using fuzzcheck::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::vector<unsigned char> input = fuzzcheck::ExactCopy(data, size);
-    const unsigned char* const begin = input.data();
-    const unsigned char* const end = begin + input.size();
+    const fuzzcheck::ExactInput input(data, size);
+    const unsigned char* const begin = input.begin();
 
     const unsigned char previous[] = {'o', 'l', 'd'};
     zo::kel::AutoBuffer buffer(previous, sizeof previous);
     const zo::kel::AutoBuffer sharer = buffer;
     const unsigned char* cursor = begin;
     try {
-        buffer.deserialize(cursor, end);
+        buffer.deserialize(cursor, input.end());
     } catch (const zo::kel::exception::DeserializationError&) {
         Require(cursor == begin && buffer == sharer && buffer.Len() == 3);
         return 0;
@@ -27,11 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(sharer.Len() == 3);
 
     const std::vector<unsigned char> encoded = fuzzcheck::Encode(buffer);
-    Require(encoded == std::vector<unsigned char>(begin, cursor));
-
-    zo::kel::AutoBuffer again;
-    const unsigned char* reread = encoded.data();
-    again.deserialize(reread, encoded.data() + encoded.size());
-    Require(again == buffer && reread == encoded.data() + encoded.size());
+    Require(encoded == input.Consumed(cursor));
+    Require(fuzzcheck::Reread<zo::kel::AutoBuffer>(encoded) == buffer);
     return 0;
 }

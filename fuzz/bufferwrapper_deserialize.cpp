@@ -10,27 +10,22 @@
 using fuzzcheck::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::vector<unsigned char> input = fuzzcheck::ExactCopy(data, size);
-    const unsigned char* const begin = input.data();
-    const unsigned char* const end = begin + input.size();
+    const fuzzcheck::ExactInput input(data, size);
+    const unsigned char* const begin = input.begin();
 
     const unsigned char previous[] = {'o', 'l', 'd'};
     zo::kel::BufferWrapper wrapper(previous, sizeof previous);
     const unsigned char* cursor = begin;
     try {
-        wrapper.deserialize(cursor, end);
+        wrapper.deserialize(cursor, input.end());
     } catch (const zo::kel::exception::DeserializationError&) {
         Require(cursor == begin && wrapper.Data() == previous && wrapper.Len() == 3);
         return 0;
     }
-    Require(wrapper.Data() == begin + 4 && wrapper.Data() + wrapper.Len() == cursor && cursor <= end);
+    Require(wrapper.Data() == begin + 4 && wrapper.Data() + wrapper.Len() == cursor && cursor <= input.end());
 
     const std::vector<unsigned char> encoded = fuzzcheck::Encode(wrapper);
-    Require(encoded == std::vector<unsigned char>(begin, cursor));
-
-    zo::kel::BufferWrapper again;
-    const unsigned char* reread = encoded.data();
-    again.deserialize(reread, encoded.data() + encoded.size());
-    Require(again == wrapper && reread == encoded.data() + encoded.size());
+    Require(encoded == input.Consumed(cursor));
+    Require(fuzzcheck::Reread<zo::kel::BufferWrapper>(encoded) == wrapper);
     return 0;
 }

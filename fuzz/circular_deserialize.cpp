@@ -13,10 +13,10 @@ using fuzzcheck::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 2) return 0;
-    const std::vector<unsigned char> ring = fuzzcheck::ExactCopy(data + 2, size - 2);
+    const fuzzcheck::ExactInput ring(data + 2, size - 2);
     const std::size_t offset = (data[0] | std::size_t{data[1]} << 8) % (ring.size() + 1);
-    const unsigned char* const ringStart = ring.data();
-    const unsigned char* const ringEnd = ringStart + ring.size();
+    const unsigned char* const ringStart = ring.begin();
+    const unsigned char* const ringEnd = ring.end();
 
     const unsigned char previous[] = {'o', 'l', 'd'};
     zo::kel::AutoBuffer buffer(previous, sizeof previous);

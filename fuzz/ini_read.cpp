@@ -6,7 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "FuzzCheck.h"
 #include "zoini/zoini.h"
+
+using fuzzcheck::Require;
 
 namespace {
 
@@ -24,19 +27,19 @@ struct Options {
 // Reads `bytes` into a fresh document and writes it back: the read result.
 int RoundTrip(const Options& options, const void* bytes, size_t size, std::string& text) {
     IniHandle doc = IniNew(0);
-    if (!doc) __builtin_trap();
+    Require(doc != nullptr);
     IniSetReadOptions(doc, options.read);
     IniSetDuplicateChecking(doc, options.duplicateChecking);
     IniSetCaseAndWhitespaceSensitiveChecking(doc, options.caseSensitive);
     IniSetWriteOptions(doc, -1, 0, 8);
     const int result = IniReadFromMemory(doc, bytes, size);
     text.clear();
-    if (result == 0 && IniWrite(doc, AppendLine, &text) != 0) __builtin_trap();
     if (result == 0) {
+        Require(IniWrite(doc, AppendLine, &text) == 0);
         // Lookups of every name must find a record of that name.
         const char* section = nullptr;
         for (int i = 1; IniNthSectionName(doc, i, &section) == 1; ++i) {
-            if (!IniSectionExists(doc, section)) __builtin_trap();
+            Require(IniSectionExists(doc, section));
         }
     }
     IniDispose(doc);
@@ -58,17 +61,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const Options options{data[0] & 15, (data[0] >> 4) & 1, (data[0] >> 5) & 1};
     std::string first, second, third;
     const int result = RoundTrip(options, data + 1, size - 1, first);
-    if (result != 0 && result != kIniErrUnsupportedEncoding) __builtin_trap();
+    Require(result == 0 || result == kIniErrUnsupportedEncoding);
     if (result != 0) return 0;
     // A written first name may itself begin like a byte-order mark.
     if (StartsLikeByteOrderMark(first)) return 0;
-    if (RoundTrip(options, first.data(), first.size(), second) != 0) __builtin_trap();
+    Require(RoundTrip(options, first.data(), first.size(), second) == 0);
     // Leading blank lines go on rewriting, which can bring such a name to the front.
     if (StartsLikeByteOrderMark(second)) return 0;
-    if (RoundTrip(options, second.data(), second.size(), third) != 0) __builtin_trap();
+    Require(RoundTrip(options, second.data(), second.size(), third) == 0);
     // Names ending like continuation items are joined again on every reading,
     // and the implicit section has no header: only other texts must be stable.
-    if (first.find(" Line") == std::string::npos && first.find("(null)") == std::string::npos && second != third)
-        __builtin_trap();
+    Require(first.find(" Line") != std::string::npos || first.find("(null)") != std::string::npos || second == third);
     return 0;
 }

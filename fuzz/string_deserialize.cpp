@@ -4,10 +4,12 @@
 // serialize/deserialize round trip unchanged.
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
+#include "FuzzCheck.h"
 #include "zo/kel/Exception.h"
 #include "zo/kel/StringBase.h"
+
+using fuzzcheck::Require;
 
 namespace {
 
@@ -19,23 +21,15 @@ void Check(const std::uint8_t* data, std::size_t size) {
     try {
         target.deserialize(cursor, data + size);
     } catch (const zo::kel::exception::DeserializationError&) {
-        if (cursor != data || target.exactCompare(before) != 0) __builtin_trap();
+        Require(cursor == data && target.exactCompare(before) == 0);
         return;
     } catch (const zo::kel::exception::InvalidSequence&) {
-        if (cursor != data || target.exactCompare(before) != 0) __builtin_trap();
+        Require(cursor == data && target.exactCompare(before) == 0);
         return;
     }
-    if (cursor < data + 4 || cursor > data + size) __builtin_trap();
+    Require(cursor >= data + 4 && cursor <= data + size);
     target.checkInvariants();
-
-    std::vector<unsigned char> form(target.serializationSize());
-    unsigned char* out = form.data();
-    target.serialize(out, form.data() + form.size());
-    if (out != form.data() + form.size()) __builtin_trap();
-    String again;
-    const unsigned char* in = form.data();
-    again.deserialize(in, form.data() + form.size());
-    if (in != form.data() + form.size() || again.exactCompare(target) != 0) __builtin_trap();
+    Require(fuzzcheck::Reread<String>(fuzzcheck::Encode(target)).exactCompare(target) == 0);
 }
 
 }  // namespace

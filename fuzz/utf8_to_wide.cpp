@@ -4,9 +4,12 @@
 #include <cstdint>
 #include <vector>
 
+#include "FuzzCheck.h"
 #include "zo/kel/Exception.h"
 #include "zo/kel/StringBase.h"
 #include "zo/kel/Utf8.h"
+
+using fuzzcheck::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     zo::kel::WideString wide;
@@ -15,12 +18,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const zo::kel::exception::InvalidSequence&) {
         return 0;
     }
-    if (wide.length() != zo::kel::GetUtf8StringLength(data, data + size)) __builtin_trap();
+    Require(wide.length() == zo::kel::GetUtf8StringLength(data, data + size));
 
     std::vector<unsigned char> utf8(zo::kel::detail::Utf8EncodedSize(wide.begin(), wide.end()) + 1);
     unsigned char* end = zo::kel::WideToUtf8(wide.begin(), wide.end(), utf8.data(), utf8.data() + utf8.size());
-    if (end != utf8.data() + utf8.size() - 1) __builtin_trap();
+    Require(end == utf8.data() + utf8.size() - 1);
     const zo::kel::WideString again = zo::kel::Utf8ToWide(utf8.data(), static_cast<unsigned int>(utf8.size() - 1));
-    if (again.exactCompare(wide) != 0) __builtin_trap();
+    Require(again.exactCompare(wide) == 0);
     return 0;
 }

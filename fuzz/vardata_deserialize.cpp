@@ -5,7 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "FuzzCheck.h"
 #include "tavlo/qkstatic/vardata.h"
+
+using fuzzcheck::Require;
 
 namespace {
 
@@ -19,8 +22,8 @@ void CheckStable(const VarData& value, bool compact) {
     const zo::kel::AutoBuffer first = Encoded(value, compact);
     unsigned int used = 0;
     const VarData again = VarData::DeserializeWithoutSize(first.Data(), first.Len(), used, compact);
-    if (used != first.Len() || again.Compare(value) != 0) __builtin_trap();
-    if (!(Encoded(again, compact) == first)) __builtin_trap();
+    Require(used == first.Len() && again.Compare(value) == 0);
+    Require(Encoded(again, compact) == first);
 }
 
 }  // namespace
@@ -35,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         try {
             unsigned int used = 0;
             const VarData value = VarData::DeserializeWithoutSize(bytes, length, used, compact);
-            if (used > length) __builtin_trap();
+            Require(used <= length);
             CheckStable(value, compact);
         } catch (const DeserializationErrorException&) {
         }
@@ -46,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (cursor < end) {
         const unsigned char* before = cursor;
         const VarData value = VarData::DeserializeWithSize(cursor, static_cast<unsigned int>(end - cursor));
-        if (cursor > end) __builtin_trap();
+        Require(cursor <= end);
         CheckStable(value, true);
         if (cursor == before) break;  // fewer than 4 bytes left
     }

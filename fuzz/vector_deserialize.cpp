@@ -23,11 +23,12 @@ template <typename T>
 constexpr bool kFormIsCanonical = !std::is_same_v<T, zo::kel::WideString>;
 
 template <typename T>
-void RoundTrip(const unsigned char* begin, const unsigned char* end, zo::kel::Vector<T> vector) {
+void RoundTrip(const fuzzcheck::ExactInput& input, zo::kel::Vector<T> vector) {
     const std::vector<unsigned char> before = Encode(vector);
+    const unsigned char* const begin = input.begin();
     const unsigned char* cursor = begin;
     try {
-        vector.deserialize(cursor, end);
+        vector.deserialize(cursor, input.end());
     } catch (const zo::kel::exception::DeserializationError&) {
         Require(cursor == begin && Encode(vector) == before);
         return;
@@ -36,12 +37,10 @@ void RoundTrip(const unsigned char* begin, const unsigned char* end, zo::kel::Ve
         return;
     }
     const std::vector<unsigned char> encoded = Encode(vector);
-    if constexpr (kFormIsCanonical<T>) Require(encoded == std::vector<unsigned char>(begin, cursor));
+    if constexpr (kFormIsCanonical<T>) Require(encoded == input.Consumed(cursor));
 
-    zo::kel::Vector<T> again;
-    const unsigned char* reread = encoded.data();
-    again.deserialize(reread, encoded.data() + encoded.size());
-    Require(reread == encoded.data() + encoded.size() && Encode(again) == encoded);
+    zo::kel::Vector<T> again = fuzzcheck::Reread<zo::kel::Vector<T>>(encoded);
+    Require(Encode(again) == encoded);
     if constexpr (!kFormIsCanonical<T>) {
         for (unsigned int i = 0; i < vector.size(); ++i) Require(again[i].exactCompare(vector[i]) == 0);
     }
@@ -51,17 +50,15 @@ void RoundTrip(const unsigned char* begin, const unsigned char* end, zo::kel::Ve
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    const std::vector<unsigned char> input = fuzzcheck::ExactCopy(data + 1, size - 1);
-    const unsigned char* const begin = input.data();
-    const unsigned char* const end = begin + input.size();
+    const fuzzcheck::ExactInput input(data + 1, size - 1);
     static const unsigned char kBytes[] = {'o', 'l', 'd'};
     switch (data[0] % 7) {
-        case 0: return RoundTrip<unsigned char>(begin, end, {1, 2, 3}), 0;
-        case 1: return RoundTrip<unsigned short>(begin, end, {0x1234}), 0;
-        case 2: return RoundTrip<unsigned int>(begin, end, {7, 8}), 0;
-        case 3: return RoundTrip<double>(begin, end, {0.5}), 0;
-        case 4: return RoundTrip<zo::kel::BufferWrapper>(begin, end, {zo::kel::BufferWrapper(kBytes, 3)}), 0;
-        case 5: return RoundTrip<zo::kel::NarrowString>(begin, end, {"old"}), 0;
-        default: return RoundTrip<zo::kel::WideString>(begin, end, {L"old"}), 0;
+        case 0: return RoundTrip<unsigned char>(input, {1, 2, 3}), 0;
+        case 1: return RoundTrip<unsigned short>(input, {0x1234}), 0;
+        case 2: return RoundTrip<unsigned int>(input, {7, 8}), 0;
+        case 3: return RoundTrip<double>(input, {0.5}), 0;
+        case 4: return RoundTrip<zo::kel::BufferWrapper>(input, {zo::kel::BufferWrapper(kBytes, 3)}), 0;
+        case 5: return RoundTrip<zo::kel::NarrowString>(input, {"old"}), 0;
+        default: return RoundTrip<zo::kel::WideString>(input, {L"old"}), 0;
     }
 }
