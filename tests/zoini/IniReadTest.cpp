@@ -175,7 +175,7 @@ TEST(IniRead, VeryLongLinesAndManySections) {
 }
 
 TEST(IniRead, LargeSectionsStayFindableWhileEdited) {
-    const auto name = [](const char* prefix, int number) { return prefix + std::to_string(number); };
+    const auto name = [](std::string prefix, int number) { return prefix += std::to_string(number); };
     Document doc = NewDocument();
     IniSetDuplicateChecking(doc.get(), 0);
     for (int i = 0; i < 2000; ++i) ASSERT_EQ(IniPutInt(doc.get(), "S", name("k", i % 1000).c_str(), i), 1);
