@@ -45,18 +45,18 @@ public:
         char pattern[] = "/tmp/zoini-bench-XXXXXX";
         const int descriptor = mkstemp(pattern);
         path_ = pattern;
-        text_ = GenerateText();
-        if (descriptor < 0 || write(descriptor, text_.data(), text_.size()) != static_cast<ssize_t>(text_.size()))
-            std::abort();
+        const std::string text = GenerateText();
+        size_ = text.size();
+        if (descriptor < 0 || write(descriptor, text.data(), size_) != static_cast<ssize_t>(size_)) std::abort();
         close(descriptor);
     }
     ~GeneratedFile() { unlink(path_.c_str()); }
     const char* path() const { return path_.c_str(); }
-    size_t size() const { return text_.size(); }
+    size_t size() const { return size_; }
 
 private:
     std::string path_;
-    std::string text_;
+    size_t size_ = 0;
 };
 
 const GeneratedFile& File() {
