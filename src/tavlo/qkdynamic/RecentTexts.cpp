@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "tavlo/qkdynamic/AnsiGuts.h"
-#include "tavlo/qkdynamic/PayloadFactories.h"
 
 namespace {
 
@@ -29,34 +28,22 @@ std::size_t SlotOf(const char* text, unsigned int length) {
 // holds one reference, given back when the thread ends.
 class RecentTexts {
 public:
-    RecentTexts() = default;
-    RecentTexts(const RecentTexts&) = delete;
-    RecentTexts& operator=(const RecentTexts&) = delete;
-    ~RecentTexts() {
-        for (AnsiGuts* kept : slots_) {
-            if (kept) kept->Release();
-        }
-    }
-
-    IVarDataGuts* share(const char* text, unsigned int length) {
-        AnsiGuts*& slot = slots_[SlotOf(text, length)];
+    PayloadRef<IVarDataAnsi> share(const char* text, unsigned int length) {
+        PayloadRef<IVarDataAnsi>& slot = slots_[SlotOf(text, length)];
         if (!slot || slot->GetLength() != length || std::memcmp(slot->GetData(), text, length) != 0) {
-            auto* made = new AnsiGuts(text, length);
-            if (slot) slot->Release();
-            slot = made;  // the creation reference is the slot's
+            slot = PayloadRef<IVarDataAnsi>::Adopt(new AnsiGuts(text, length));
         }
-        slot->AddRef();
-        return static_cast<IVarDataAnsi*>(slot);
+        return PayloadRef<IVarDataAnsi>::Share(slot.get());
     }
 
 private:
-    std::array<AnsiGuts*, kSlotCount> slots_{};
+    std::array<PayloadRef<IVarDataAnsi>, kSlotCount> slots_{};
 };
 
 }  // namespace
 
-IVarDataGuts* ReadAnsiGuts(const char* text, unsigned int length) {
-    if (length > kLongestKept) return NewAnsiGutsLen(text, length);
+PayloadRef<IVarDataAnsi> ReadAnsiGuts(const char* text, unsigned int length) {
+    if (length > kLongestKept) return PayloadRef<IVarDataAnsi>::Adopt(new AnsiGuts(text, length));
     thread_local RecentTexts recent;
     return recent.share(text, length);
 }

@@ -5,8 +5,7 @@
 // bytes into a new one.
 #pragma once
 
-#include "tavlo/qkstatic/VarDataGuts.h"
+#include "tavlo/qkstatic/PayloadRef.h"
 
-// A new reference to an Ansi payload holding the `length` (at least 1) bytes
-// at `text`.
-IVarDataGuts* ReadAnsiGuts(const char* text, unsigned int length);
+// An Ansi payload holding the `length` (at least 1) bytes at `text`.
+PayloadRef<IVarDataAnsi> ReadAnsiGuts(const char* text, unsigned int length);

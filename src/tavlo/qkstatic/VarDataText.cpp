@@ -3,6 +3,7 @@
 #include <cwchar>
 
 #include "tavlo/qkdynamic/PayloadFactories.h"
+#include "tavlo/qkstatic/PayloadRef.h"
 #include "tavlo/qkstatic/vardata.h"
 
 using vardata_type::Word;
@@ -71,10 +72,10 @@ bool VarData::GetAnsi(const char*& text) const {
         text = "";
         return true;
     }
-    IVarDataAnsi* ansi = nullptr;
-    if (guts()->QueryInterface(IID_IVarDataAnsi, reinterpret_cast<void**>(&ansi)) != kStatusOk) return false;
+    // The text lives as long as this value holds the object.
+    const PayloadRef<IVarDataAnsi> ansi(guts());
+    if (!ansi) return false;
     text = ansi->GetData();
-    ansi->Release();  // the text lives as long as this value holds the object
     return true;
 }
 
@@ -84,10 +85,9 @@ bool VarData::GetUni(const wchar_t*& text) const {
         text = L"";
         return true;
     }
-    IVarDataUnicode* unicode = nullptr;
-    if (guts()->QueryInterface(IID_IVarDataUnicode, reinterpret_cast<void**>(&unicode)) != kStatusOk) return false;
+    const PayloadRef<IVarDataUnicode> unicode(guts());
+    if (!unicode) return false;
     text = unicode->GetData();
-    unicode->Release();
     return true;
 }
 

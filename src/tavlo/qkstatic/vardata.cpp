@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tavlo/qkdynamic/PayloadFactories.h"
+#include "tavlo/qkstatic/PayloadRef.h"
 
 using vardata_type::Word;
 
@@ -40,12 +41,8 @@ VarData& VarData::operator=(const VarData& other) {
     if (this == &other) return *this;
     // The source may live inside the payload about to be released (an element
     // of this very vector): its words are read and its reference taken first.
-    const std::uint32_t type = other.type_;
-    const std::uint64_t payload = other.payload_;
-    if (other.holdsGuts()) other.guts()->AddRef();
-    releaseGuts();
-    type_ = type;
-    payload_ = payload;
+    VarData taken(other);
+    swap(taken);
     return *this;
 }
 
@@ -200,11 +197,8 @@ bool VarData::GetRaw(const unsigned char*& data, unsigned int& length) const {
         length = 0;
         return true;
     }
-    IVarDataRaw* raw = nullptr;
-    if (guts()->QueryInterface(IID_IVarDataRaw, reinterpret_cast<void**>(&raw)) != kStatusOk) return false;
-    const bool answered = raw->GetData(data, length);
-    raw->Release();
-    return answered;
+    const PayloadRef<IVarDataRaw> raw(guts());
+    return raw && raw->GetData(data, length);
 }
 
 bool VarData::GetCell(unsigned short& row, unsigned short& column, VarData& value) const {
@@ -215,10 +209,9 @@ bool VarData::GetCell(unsigned short& row, unsigned short& column, VarData& valu
         value.Clear();
         return true;
     }
-    IVarDataCell* cell = nullptr;
-    if (guts()->QueryInterface(IID_IVarDataCell, reinterpret_cast<void**>(&cell)) != kStatusOk) return false;
+    const PayloadRef<IVarDataCell> cell(guts());
+    if (!cell) return false;
     cell->GetCell(&row, &column, &value);
-    cell->Release();
     return true;
 }
 
@@ -252,11 +245,8 @@ unsigned int VarData::GetLength() const {
         }
         case VarDataType::Dictionary: return getIDict()->size();
         case VarDataType::Sequence: {
-            IVarDataSequence* sequence = querySequence();
-            if (!sequence) return 0;
-            const unsigned int length = sequence->GetLength();
-            sequence->Release();
-            return length;
+            const PayloadRef<IVarDataSequence> sequence = querySequence();
+            return sequence ? sequence->GetLength() : 0;
         }
         default: return 0;
     }
@@ -264,19 +254,14 @@ unsigned int VarData::GetLength() const {
 
 // --- Sequences ------------------------------------------------------------------
 
-IVarDataSequence* VarData::querySequence() const {
-    if (!(type_ & SequenceFlag) || !holdsGuts()) return nullptr;
-    IVarDataSequence* sequence = nullptr;
-    if (guts()->QueryInterface(IID_IVarDataSequence, reinterpret_cast<void**>(&sequence)) != kStatusOk) return nullptr;
-    return sequence;
+PayloadRef<IVarDataSequence> VarData::querySequence() const {
+    if (!(type_ & SequenceFlag)) return {};
+    return PayloadRef<IVarDataSequence>(guts());
 }
 
 VarData VarData::GetElement(unsigned int index) const {
-    IVarDataSequence* sequence = querySequence();
-    if (!sequence) return VarData();
-    VarData element = sequence->GetElement(index);
-    sequence->Release();
-    return element;
+    const PayloadRef<IVarDataSequence> sequence = querySequence();
+    return sequence ? sequence->GetElement(index) : VarData();
 }
 
 VarData VarData::GetElement(unsigned int row, unsigned int column) const {
@@ -287,10 +272,9 @@ void VarData::SetElement(unsigned int index, const VarData& value) {
     if (!(type_ & SequenceFlag)) throw TypeErrorException();
     if (!holdsGuts()) adoptGuts(type_, NewVectorGuts());
     unshare();
-    IVarDataSequence* sequence = querySequence();
+    const PayloadRef<IVarDataSequence> sequence = querySequence();
     if (!sequence) throw TypeErrorException();
     sequence->SetElement(index, value);
-    sequence->Release();
 }
 
 void VarData::SetElement(unsigned int row, unsigned int column, const VarData& value) {
@@ -310,15 +294,10 @@ void VarData::unshare() {
 
 void VarData::copyIfShared() {
     IVarDataGuts* object = guts();
-    if (!object) return;
-    object->AddRef();
-    if (object->Release() < 2) return;
+    if (!object || ReferenceCount(object) < 2) return;
     if (type_ & SequenceFlag) {
-        IVarDataSequence* sequence = querySequence();
-        if (!sequence) return;
-        IVarDataSequence* copy = sequence->Copy();
-        sequence->Release();
-        adoptGuts(type_, copy);
+        const PayloadRef<IVarDataSequence> sequence = querySequence();
+        if (sequence) adoptGuts(type_, sequence->Copy());
     } else if (tag() == VarDataType::Dictionary) {
         adoptGuts(type_, getIDict()->copy());
     }

@@ -23,6 +23,9 @@
 #include "zo/kel/RelTime.h"
 #include "zo/kel/StringBase.h"
 
+template <class Interface>
+class PayloadRef;
+
 class QKDYNAM_API VarData {
 public:
     static constexpr std::uint32_t PayloadFlag = vardata_type::PayloadFlag;
@@ -203,7 +206,7 @@ private:
         if (holdsGuts()) guts()->Release();
     }
     IVarDataDictionary* dictionaryOrThrow() const;
-    IVarDataSequence* querySequence() const;  // a new reference, or null
+    PayloadRef<IVarDataSequence> querySequence() const;  // empty unless a Sequence answering it
 
     std::uint32_t type_;
     std::uint64_t payload_;

@@ -146,6 +146,14 @@ TEST(VarDataSerialization, DictionaryEntriesInAnyOrderAndRepeatedKeys) {
 
 TEST(VarDataSerialization, SkippedBlockTagReadsAsEmpty) {
     EXPECT_EQ(Read({0x0E, 0x10, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0, 1, 2, 3, 4, 5, 6}, true).GetType(), 0x0001u);
+    // The product is taken in 32 bits: 0x10000 * 0x10000 * 3 wraps to 0, and
+    // 0x10001 * 0x10001 * 1 to 0x20001 bytes, more than are present.
+    EXPECT_EQ(Read({0x0E, 0x10, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 3, 0, 0, 0}, true).GetType(), 0x0001u);
+    Bytes wrapsToTwo = {0x0E, 0x10, 0, 0, 1, 0, 0, 0x80, 2, 0, 0, 0, 1, 0, 0, 0, 0xAB, 0xCD};  // 0x80000001 * 2
+    EXPECT_EQ(Read(wrapsToTwo, true).GetType(), 0x0001u);
+    wrapsToTwo.pop_back();
+    ExpectUnreadable(wrapsToTwo);
+    ExpectUnreadable({0x0E, 0x10, 0, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 0, 0});
     ExpectUnreadable({0x0E, 0x10, 0, 0, 0xFF, 0xFF, 0, 0, 0xFF, 0xFF, 0, 0, 0xFF, 0xFF, 0, 0});
 }
 

@@ -9,6 +9,7 @@
 
 #include "tavlo/VarDataTestSupport.h"
 #include "tavlo/qkdynamic/PayloadFactories.h"
+#include "zo/kel/Exception.h"
 
 namespace {
 
@@ -151,6 +152,21 @@ TEST(VarData, SequencesGrowOnlyForValues) {
     grid.SetElement(1, 2, Num(7.0));
     EXPECT_EQ(static_cast<double>(grid.GetElement(1, 2)), 7.0);
     EXPECT_EQ(grid.GetElement(1).GetLength(), 3u);
+}
+
+// A sequence whose store throws must still be freed with everything it
+// holds: the element's payload count tells whether the sequence was.
+TEST(VarData, FailedSetElementLeaksNoReference) {
+    const VarData inner = VarData::dict();
+    {
+        VarData list = VarData::sequence();
+        list.SetElement(0, inner);
+        EXPECT_EQ(Count(inner), 2);
+        EXPECT_THROW(list.SetElement(0xFFFFFFFFu, Num(1.0)), zo::kel::exception::OutOfRange);
+        EXPECT_EQ(list.GetLength(), 1u);
+        EXPECT_EQ(Count(inner), 2);
+    }
+    EXPECT_EQ(Count(inner), 1);
 }
 
 TEST(VarData, SequencesCompareIgnoringTrailingEmpties) {
