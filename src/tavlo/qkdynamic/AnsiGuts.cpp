@@ -46,7 +46,7 @@ AnsiGuts::operator double() const { return TextNumber(text_.c_str()); }
 
 const NarrowString& AnsiGuts::TextOf(const IAnsiGuts* other) { return static_cast<const AnsiGuts*>(other)->text_; }
 
-std::int32_t AnsiGuts::Compare(const IVarDataGuts* other) const { return text_.compare(Of(other).text_); }
+std::int32_t AnsiGuts::Compare(const IVarDataGuts* other) const { return text_.compare(TextOf(other)); }
 
 std::int32_t AnsiGuts::Compare(const IAnsiGuts* other) const { return text_.compare(TextOf(other)); }
 std::int32_t AnsiGuts::ExactCompare(const IAnsiGuts* other) const { return text_.exactCompare(TextOf(other)); }

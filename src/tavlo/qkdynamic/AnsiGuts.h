@@ -42,13 +42,14 @@ public:
     // The order of two Ansi payloads, as Compare gives it, without a virtual
     // call: every Ansi payload is an AnsiGuts (made by the factories).
     static std::int32_t CompareTexts(const IVarDataGuts* a, const IVarDataGuts* b) {
-        return Of(a).text_.compare(Of(b).text_);
+        return TextOf(a).compare(TextOf(b));
+    }
+    // The text of an Ansi payload, likewise without a virtual call.
+    static const zo::kel::NarrowString& TextOf(const IVarDataGuts* guts) {
+        return static_cast<const AnsiGuts*>(static_cast<const IVarDataAnsi*>(guts))->text_;
     }
 
 private:
-    static const AnsiGuts& Of(const IVarDataGuts* guts) {
-        return *static_cast<const AnsiGuts*>(static_cast<const IVarDataAnsi*>(guts));
-    }
     static const zo::kel::NarrowString& TextOf(const IAnsiGuts* other);
 
     zo::kel::osdep::AtomicInt referenceCount_{1};

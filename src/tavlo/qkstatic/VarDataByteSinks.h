@@ -23,7 +23,7 @@ public:
     void put(Integer) {
         size_ += static_cast<unsigned int>(sizeof(Integer));
     }
-    void bytes(const void*, unsigned int count) { size_ += count; }
+    void counted(const void*, unsigned int count) { size_ += Size(4u) + count; }
     void units16(const wchar_t*, unsigned int count) { size_ += Size(2u) * count; }
     void add(Size count) { size_ += count; }
 
@@ -49,6 +49,13 @@ public:
         need(count);
         if (count) std::memcpy(cursor_, data, count);
         cursor_ += count;
+    }
+    // A u32 count, then the `count` bytes at `data`.
+    void counted(const void* data, unsigned int count) {
+        need(std::size_t{4} + count);
+        std::memcpy(cursor_, &count, 4);
+        if (count) std::memcpy(cursor_ + 4, data, count);
+        cursor_ += std::size_t{4} + count;
     }
     // Each wide character cut to its low 16 bits.
     void units16(const wchar_t* text, unsigned int count) {

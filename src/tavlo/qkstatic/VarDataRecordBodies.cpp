@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "tavlo/qkdynamic/AnsiGuts.h"
 #include "tavlo/qkdynamic/RecentTexts.h"
 #include "tavlo/qkdynamic/UnicodeGuts.h"
 #include "tavlo/qkdynamic/VarDataDictionary.h"
@@ -79,11 +80,11 @@ struct PointerBody {
 struct AnsiBody {
     template <class Sink>
     static void Write(const VarData& value, Sink& out, bool) {
-        // The tag promises the text interface, as it does for GetLength.
-        const auto* text = static_cast<const IVarDataAnsi*>(VarDataCodec::Guts(value));
-        const unsigned int length = text ? text->GetLength() : 0;
-        out.put(length);
-        out.bytes(text ? text->GetData() : "", length);
+        // Every Ansi payload is an AnsiGuts, made by the factories.
+        const IVarDataGuts* guts = VarDataCodec::Guts(value);
+        if (!guts) return out.counted("", 0);
+        const zo::kel::NarrowString& text = AnsiGuts::TextOf(guts);
+        out.counted(text.c_str(), text.length());
     }
     static VarData Read(std::uint32_t, ByteReader& in, bool, unsigned int) {
         const auto length = in.get<std::uint32_t>();
@@ -122,8 +123,7 @@ struct RawBody {
         const unsigned char* data = nullptr;
         unsigned int length = 0;
         value.GetRaw(data, length);
-        out.put(length);
-        out.bytes(data, length);
+        out.counted(data, length);
     }
     static VarData Read(std::uint32_t, ByteReader& in, bool, unsigned int) {
         const auto length = in.get<std::uint32_t>();
