@@ -35,6 +35,24 @@ std::size_t SlotOf(const char* text, unsigned int length) {
     return static_cast<std::size_t>(mixed >> 56);  // the best bits of a multiplicative hash
 }
 
+// Equality of two texts of `length` (1 to 32) bytes, in overlapping words.
+template <class Word>
+bool SameEnds(const char* a, const char* b, unsigned int length) {
+    Word headA, headB, tailA, tailB;
+    std::memcpy(&headA, a, sizeof(Word));
+    std::memcpy(&headB, b, sizeof(Word));
+    std::memcpy(&tailA, a + length - sizeof(Word), sizeof(Word));
+    std::memcpy(&tailB, b + length - sizeof(Word), sizeof(Word));
+    return headA == headB && tailA == tailB;
+}
+
+bool SameBytes(const char* a, const char* b, unsigned int length) {
+    if (length < 4) return std::memcmp(a, b, length) == 0;
+    if (length < 8) return SameEnds<std::uint32_t>(a, b, length);
+    if (!SameEnds<std::uint64_t>(a, b, length)) return false;
+    return length <= 16 || std::memcmp(a + 8, b + 8, length - 16) == 0;
+}
+
 // A direct-mapped table: a newer text evicts the one in its slot. Each slot
 // holds one reference, given back when the thread ends.
 class RecentTexts;
@@ -55,12 +73,12 @@ public:
         tRecentGone = true;
     }
 
-    PayloadRef<IVarDataAnsi> share(const char* text, unsigned int length) {
+    PayloadRef<AnsiGuts> share(const char* text, unsigned int length) {
         PayloadRef<AnsiGuts>& slot = slots_[SlotOf(text, length)];
-        if (!slot || slot->GetLength() != length || std::memcmp(slot->GetData(), text, length) != 0) {
+        if (!slot || slot->GetLength() != length || !SameBytes(slot->GetData(), text, length)) {
             slot = PayloadRef<AnsiGuts>::Adopt(new AnsiGuts(text, length));
         }
-        return PayloadRef<IVarDataAnsi>::Share(slot.get());
+        return PayloadRef<AnsiGuts>::Share(slot.get());
     }
 
 private:

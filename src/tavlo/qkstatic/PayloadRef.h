@@ -5,6 +5,7 @@
 // beyond the VarData that holds it, does it through this type.
 #pragma once
 
+#include <type_traits>
 #include <utility>
 
 #include "tavlo/qkstatic/VarDataGuts.h"
@@ -57,6 +58,10 @@ public:
     }
 
     PayloadRef(PayloadRef&& other) noexcept : held_(std::exchange(other.held_, nullptr)) {}
+    // A reference to an implementation is a reference to each interface it has.
+    template <class Derived>
+        requires std::is_convertible_v<Derived*, Interface*>
+    PayloadRef(PayloadRef<Derived>&& other) noexcept : held_(other.release()) {}
     PayloadRef& operator=(PayloadRef&& other) noexcept {
         PayloadRef taken(std::move(other));
         std::swap(held_, taken.held_);
