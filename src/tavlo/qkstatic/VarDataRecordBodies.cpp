@@ -173,20 +173,15 @@ struct SequenceBody {
 struct DictionaryBody {
     template <class Sink>
     static void Write(const VarData& value, Sink& out, bool compact) {
-        const auto* dictionary = static_cast<const IVarDataDictionary*>(VarDataCodec::Guts(value));
-        out.put(dictionary ? dictionary->size() : 0u);
-        if (!dictionary) return;
-        // Our own map is walked directly; any other implementation through its iterators.
-        if (const auto* own = dynamic_cast<const VarDataDictionary*>(dictionary)) {
-            for (const auto& [key, item] : own->entries()) {
-                Nested(key, out, compact);
-                Nested(item, out, compact);
-            }
-            return;
-        }
-        for (auto it = value.begin(), end = value.end(); it != end; ++it) {
-            Nested(it.key(), out, compact);
-            Nested(it.value(), out, compact);
+        // Every dictionary payload is a VarDataDictionary, made by the
+        // factory: its map is walked directly, in key order.
+        const IVarDataGuts* guts = VarDataCodec::Guts(value);
+        if (!guts) return out.put(0u);
+        const auto& entries = static_cast<const VarDataDictionary*>(static_cast<const IVarDataDictionary*>(guts))->entries();
+        out.put(static_cast<std::uint32_t>(entries.size()));
+        for (const auto& [key, item] : entries) {
+            Nested(key, out, compact);
+            Nested(item, out, compact);
         }
     }
     static VarData Read(std::uint32_t, ByteReader& in, bool compact, unsigned int depth) {

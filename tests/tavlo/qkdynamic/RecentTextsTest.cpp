@@ -25,6 +25,16 @@ TEST(RecentTexts, RepeatedShortTextsShareOnePayload) {
     EXPECT_EQ(first.getIAnsi(), second.getIAnsi());
     EXPECT_NE(ReadBack(VarData("pressure")).getIAnsi(), first.getIAnsi());  // same key, other bytes
 
+    // Same length, same first and last eight bytes (so the same slot): the
+    // middle still tells them apart. Likewise for the shortest texts.
+    const VarData middle = ReadBack(VarData("abcdefgh1234ijklmnop"));
+    EXPECT_STREQ(TextOf(ReadBack(VarData("abcdefgh5678ijklmnop"))), "abcdefgh5678ijklmnop");
+    EXPECT_STREQ(TextOf(ReadBack(VarData("abcdefgh1234ijklmnop"))), "abcdefgh1234ijklmnop");
+    for (const char* text : {"a", "ab", "abc", "abcd", "abcde"}) {
+        EXPECT_STREQ(TextOf(ReadBack(VarData(text))), text);
+        EXPECT_EQ(ReadBack(VarData(text)).getIAnsi(), ReadBack(VarData(text)).getIAnsi());
+    }
+
     const std::string longText(33, 'x');
     EXPECT_NE(ReadBack(VarData(longText.c_str())).getIAnsi(), ReadBack(VarData(longText.c_str())).getIAnsi());
     EXPECT_EQ(ReadBack(VarData("")).GetLength(), 0u);

@@ -209,6 +209,52 @@ TEST(VarDataSerialization, WideAndDeepValuesRoundTrip) {
     EXPECT_EQ(WithSize(back), bytes);
 }
 
+// Sharing lets a value describe more than 4 GiB of bytes in little memory:
+// its size reads 0 and it cannot be written; the buffer is left as it was.
+TEST(VarDataSerialization, ValuesPast32BitSizesAreRefused) {
+    const std::vector<unsigned char> megabyte(1 << 20, 0x5A);
+    VarData level(megabyte.data(), static_cast<unsigned int>(megabyte.size()));
+    for (int i = 0; i < 12; ++i) {
+        VarData next = VarData::sequence();
+        next.SetElement(0, level);
+        next.SetElement(1, level);
+        level = next;
+    }
+    EXPECT_EQ(level.valueSerializationSize(), 0u);
+    EXPECT_EQ(level.serializationSizeImpl(false), 0u);
+    zo::kel::AutoBuffer buffer;
+    buffer.Append("kept", 4);
+    EXPECT_THROW(level.SerializeWithoutSize(buffer, true), zo::kel::exception::BufferOverflow);
+    EXPECT_THROW(level.SerializeWithSize(buffer), zo::kel::exception::BufferOverflow);
+    ASSERT_EQ(buffer.Len(), 4u);
+    EXPECT_EQ(std::memcmp(buffer.Data(), "kept", 4), 0);
+}
+
+// What other writers may send: trailing Empty elements (dropped, as storing
+// them one by one would), empty wide texts and relative times in both forms.
+TEST(VarDataSerialization, ForeignRecordsReadAsStoredValues) {
+    const Bytes padded = {7, 0x30, 0, 0, 3, 0, 0, 0, 2, 0, 0, 0, 1, 1, 0, 0, 0, 1, 0, 0, 0};
+    EXPECT_EQ(Read(padded, true).GetLength(), 1u);
+    for (bool compact : {true, false}) {
+        const VarData wide = Read({6, 0x10, 0, 0, 0, 0, 0, 0}, compact);
+        EXPECT_EQ(wide.GetType(), 0x1006u);
+        EXPECT_EQ(wide.GetLength(), 0u);
+        EXPECT_EQ(Serialized(VarData(L""), compact), (Bytes{6, 0x10, 0, 0, 0, 0, 0, 0}));
+        const VarData span(zo::kel::RelTime::fromWords(-2, 0x4000000000000000ull));
+        const VarData back = Read(Serialized(span, compact), compact);
+        EXPECT_EQ(back.GetType(), 0x1010u);
+        EXPECT_EQ(back.Compare(span), 0);
+    }
+}
+
+// A prefix that claims more than is there skips to the end of what is there.
+TEST(VarDataSerialization, PrefixPastTheEndSkipsWhatIsAvailable) {
+    const Bytes stream = {20, 0, 0, 0, 2, 0, 0, 0, 1};
+    const unsigned char* cursor = stream.data();
+    EXPECT_EQ(VarData::DeserializeWithSize(cursor, static_cast<unsigned int>(stream.size())).GetType(), 0x0001u);
+    EXPECT_EQ(cursor, stream.data() + stream.size());
+}
+
 TEST(VarDataSerialization, WritersCheckTheRoom) {
     const VarData text("too long");
     unsigned char small[6];
