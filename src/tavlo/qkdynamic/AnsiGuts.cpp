@@ -41,8 +41,8 @@ std::int32_t AnsiGuts::Release() {
     return count;
 }
 
-AnsiGuts::operator bool() const { return TextTruth(text_.c_str()); }
-AnsiGuts::operator double() const { return TextNumber(text_.c_str()); }
+AnsiGuts::operator bool() const { return internal::TextTruth(text_.c_str()); }
+AnsiGuts::operator double() const { return internal::TextNumber(text_.c_str()); }
 
 const NarrowString& AnsiGuts::TextOf(const IAnsiGuts* other) { return static_cast<const AnsiGuts*>(other)->text_; }
 

@@ -6,8 +6,8 @@
 #include "tavlo/qkdynamic/TextReading.h"
 #include "zo/kel/NumericCast.h"
 
-UnicodeGuts::operator bool() const { return TextTruth(text_.c_str()); }
-UnicodeGuts::operator double() const { return TextNumber(text_.c_str()); }
+UnicodeGuts::operator bool() const { return internal::TextTruth(text_.c_str()); }
+UnicodeGuts::operator double() const { return internal::TextNumber(text_.c_str()); }
 
 std::int32_t UnicodeGuts::Compare(const IVarDataGuts* other) const {
     return text_.compare(static_cast<const UnicodeGuts*>(other)->text_);

@@ -14,7 +14,7 @@ namespace {
 constexpr unsigned int kSetValueLimitLine = 176;
 constexpr unsigned int kGetValueReferenceLimitLine = 204;
 
-class VarDataDictionaryIterator final : public IVarDataIterator, public zo::kel::SmallBlockObject {
+class VarDataDictionaryIterator final : public IVarDataIterator, public zo::kel::internal::SmallBlockObject {
 public:
     explicit VarDataDictionaryIterator(VarDataDictionary::Map::iterator position) : position_(position) {}
 
