@@ -20,7 +20,6 @@
 #include "zo/kel/SafeInteger.h"
 #include "zo/kel/SourceSite.h"
 #include "zo/kel/StringBase.h"
-#include "zo/kel/TruncateToInt64.h"
 #include "zo/kel/Utf8.h"
 #include "zo/kel/Vector.h"
 #include "zo/kel/osdep/AbsTimeToString.h"

@@ -28,8 +28,8 @@ double NanosecsToDays(unsigned long nanoseconds) noexcept {
 
 std::uint64_t DaysToNanosecs(double days) noexcept {
     const double product = days * kNanosecondsPerDay;
-    if (product >= kTwoTo63) return static_cast<std::uint64_t>(zo::kel::TruncateToInt64(product - kTwoTo63)) | kTopBit;
-    return static_cast<std::uint64_t>(zo::kel::TruncateToInt64(product));
+    if (product >= kTwoTo63) return static_cast<std::uint64_t>(zo::kel::internal::TruncateToInt64(product - kTwoTo63)) | kTopBit;
+    return static_cast<std::uint64_t>(zo::kel::internal::TruncateToInt64(product));
 }
 
 long Time64ToQKTIME(unsigned long nanoseconds) noexcept { return static_cast<long>(NanosecondsToTicks(nanoseconds)); }
