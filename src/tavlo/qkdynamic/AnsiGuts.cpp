@@ -1,9 +1,7 @@
 #include "tavlo/qkdynamic/AnsiGuts.h"
 
 #include <cctype>
-#include <cstring>
 
-#include "tavlo/qkdynamic/PayloadFactories.h"
 #include "tavlo/qkdynamic/TextReading.h"
 #include "zo/kel/osdep/CharacterAttributes.h"
 
@@ -92,11 +90,4 @@ IAnsiGuts* AnsiGuts::Proper() const {
         }
     }
     return NewText(std::move(result));
-}
-
-IVarDataGuts* NewAnsiGuts(const char* text) { return NewAnsiGutsLen(text, text ? std::strlen(text) : 0); }
-
-IVarDataGuts* NewAnsiGutsLen(const char* text, std::size_t length) {
-    if (!text) return new AnsiGuts("", 0);
-    return new AnsiGuts(text, zo::kel::NumericCast<unsigned int>(length));
 }

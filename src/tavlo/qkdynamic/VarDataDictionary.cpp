@@ -5,7 +5,6 @@
 #include <cwchar>
 #include <limits>
 
-#include "tavlo/qkdynamic/PayloadFactories.h"
 #include "zo/kel/Exception.h"
 
 namespace {
@@ -127,5 +126,3 @@ wchar_t* VarDataDictionary::getString() const {
         return nullptr;
     }
 }
-
-IVarDataGuts* NewVarDataDictionary() { return new VarDataDictionary(); }
