@@ -1,5 +1,5 @@
 // How a VarData reads as a truth value, a number, an integer and a bit
-// pattern, and how two values are ordered (the order of dictionary keys).
+// pattern, and the bit-array operators built on those readings.
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -8,15 +8,6 @@
 #include "tavlo/qkstatic/TimeEncodings.h"
 #include "tavlo/qkstatic/vardata.h"
 #include "zo/kel/TruncateToInt64.h"
-
-namespace {
-
-template <class Unsigned>
-std::int32_t UnsignedOrder(Unsigned a, Unsigned b) {
-    return a < b ? -1 : (a > b ? 1 : 0);
-}
-
-}  // namespace
 
 VarData::operator bool() const {
     if (hasPayloadFlag()) return holdsGuts() && static_cast<bool>(*guts());
@@ -60,30 +51,6 @@ VarData::operator unsigned long() const {
     const double value = static_cast<double>(*this);
     if (value >= kTwoTo63) return static_cast<unsigned long>(zo::kel::internal::TruncateToInt64(value - kTwoTo63)) + (1ul << 63);
     return static_cast<unsigned long>(zo::kel::internal::TruncateToInt64(value));
-}
-
-std::int32_t VarData::Compare(const VarData& other) const {
-    const std::int32_t a = vardata_type::TagOf(type_);
-    const std::int32_t b = vardata_type::TagOf(other.type_);
-    if (a != b) return a - b;
-    if (hasPayloadFlag()) {
-        if (payload_ == other.payload_) return 0;
-        if (payload_ == 0 || other.payload_ == 0) return UnsignedOrder(payload_, other.payload_);
-        return guts()->Compare(other.guts());
-    }
-    switch (tag()) {
-        case VarDataType::Undefined:
-        case VarDataType::Empty:
-        case VarDataType::Break:
-        case VarDataType::Pulse: return 0;
-        case VarDataType::Logical:
-            return static_cast<std::int32_t>(payload_ & 0xFF) - static_cast<std::int32_t>(other.payload_ & 0xFF);
-        case VarDataType::Numeric: {
-            const double difference = number() - other.number();
-            return difference < 0.0 ? -1 : (difference > 0.0 ? 1 : 0);  // NaN is equal to everything
-        }
-        default: return UnsignedOrder(payload_, other.payload_);
-    }
 }
 
 // --- Bit arrays ------------------------------------------------------------------
