@@ -9,6 +9,8 @@
 #include "tavlo/qkstatic/vardata.h"
 #include "zo/kel/TruncateToInt64.h"
 
+using zo::kel::internal::TruncateToInt64;
+
 VarData::operator bool() const {
     if (hasPayloadFlag()) return holdsGuts() && static_cast<bool>(*guts());
     switch (tag()) {
@@ -36,12 +38,12 @@ VarData::operator double() const {
 // give what the processor's conversion gives (the "integer indefinite" for
 // 32- and 64-bit signed results, the low bits for the narrower unsigned ones).
 VarData::operator int() const {
-    const std::int64_t whole = zo::kel::internal::TruncateToInt64(static_cast<double>(*this));
+    const std::int64_t whole = TruncateToInt64(static_cast<double>(*this));
     return std::in_range<int>(whole) ? static_cast<int>(whole) : std::numeric_limits<int>::min();
 }
 
 VarData::operator unsigned int() const {
-    return static_cast<unsigned int>(zo::kel::internal::TruncateToInt64(static_cast<double>(*this)));
+    return static_cast<unsigned int>(TruncateToInt64(static_cast<double>(*this)));
 }
 
 VarData::operator char() const { return static_cast<char>(static_cast<int>(*this)); }
@@ -49,8 +51,8 @@ VarData::operator char() const { return static_cast<char>(static_cast<int>(*this
 VarData::operator unsigned long() const {
     constexpr double kTwoTo63 = 9223372036854775808.0;
     const double value = static_cast<double>(*this);
-    if (value >= kTwoTo63) return static_cast<unsigned long>(zo::kel::internal::TruncateToInt64(value - kTwoTo63)) + (1ul << 63);
-    return static_cast<unsigned long>(zo::kel::internal::TruncateToInt64(value));
+    if (value >= kTwoTo63) return static_cast<unsigned long>(TruncateToInt64(value - kTwoTo63)) + (1ul << 63);
+    return static_cast<unsigned long>(TruncateToInt64(value));
 }
 
 // --- Bit arrays ------------------------------------------------------------------
