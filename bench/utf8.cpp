@@ -8,6 +8,7 @@
 
 #include "support/RatioReporter.h"
 #include "zo/kel/Utf8.h"
+#include "zo/kel/Utf8Internal.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ struct Corpus {
     std::wstring wide = MixedText(64 * 1024);
     std::vector<unsigned char> utf8;
     Corpus() {
-        utf8.resize(zo::kel::detail::Utf8EncodedSize(wide.data(), wide.data() + wide.size()));
+        utf8.resize(zo::kel::internal::Utf8EncodedSize(wide.data(), wide.data() + wide.size()));
         zo::kel::WideToUtf8(wide.data(), wide.data() + wide.size(), utf8.data(), utf8.data() + utf8.size());
     }
 };

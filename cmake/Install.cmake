@@ -7,11 +7,14 @@ install(TARGETS qkdynam EXPORT qkdynamTargets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qkdynam)
 
-# Headers keep their folders so that "zo/kel/StringBase.h" resolves the same
-# way for consumers as it does inside the tree.
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qkdynam
-    FILES_MATCHING PATTERN "*.h")
+# Only the public headers (src/CMakeLists.txt takes them from qkdynam.h), in
+# their folders so that "zo/kel/StringBase.h" resolves the same way for
+# consumers as it does inside the tree.
+foreach(header IN LISTS QKDYNAM_PUBLIC_HEADERS)
+    get_filename_component(folder ${header} DIRECTORY)
+    install(FILES ${QKDYNAM_PUBLIC_INCLUDE_DIR}/${header}
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qkdynam/${folder})
+endforeach()
 
 set(QKDYNAM_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/qkdynam)
 install(EXPORT qkdynamTargets

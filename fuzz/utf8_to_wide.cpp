@@ -8,6 +8,7 @@
 #include "zo/kel/Exception.h"
 #include "zo/kel/StringBase.h"
 #include "zo/kel/Utf8.h"
+#include "zo/kel/Utf8Internal.h"
 
 using fuzzcheck::Require;
 
@@ -20,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Require(wide.length() == zo::kel::GetUtf8StringLength(data, data + size));
 
-    std::vector<unsigned char> utf8(zo::kel::detail::Utf8EncodedSize(wide.begin(), wide.end()) + 1);
+    std::vector<unsigned char> utf8(zo::kel::internal::Utf8EncodedSize(wide.begin(), wide.end()) + 1);
     unsigned char* end = zo::kel::WideToUtf8(wide.begin(), wide.end(), utf8.data(), utf8.data() + utf8.size());
     Require(end == utf8.data() + utf8.size() - 1);
     const zo::kel::WideString again = zo::kel::Utf8ToWide(utf8.data(), static_cast<unsigned int>(utf8.size() - 1));

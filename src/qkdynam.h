@@ -1,4 +1,14 @@
 // qkdynam: the whole public interface in one include.
+//
+// Public headers are exactly those included below, plus this one and
+// qkdynam_platform.h; every other header under src/ is internal: never
+// installed, never included by a public header (configure fails if one is).
+// Internal code that must live in a header sits in a namespace named
+// `internal` nested in its unit's namespace (zo::kel::internal,
+// zo::kel::osdep::internal, ::internal for the value layer, which has no
+// namespace of its own); internal code in a .cpp sits in an anonymous
+// namespace. Only the public API is exported (QKDYNAM_API); tests reach the
+// rest through the library's static build.
 #pragma once
 
 #include "qkdynam_platform.h"
@@ -20,7 +30,6 @@
 #include "zo/kel/SafeInteger.h"
 #include "zo/kel/SourceSite.h"
 #include "zo/kel/StringBase.h"
-#include "zo/kel/TruncateToInt64.h"
 #include "zo/kel/Utf8.h"
 #include "zo/kel/Vector.h"
 #include "zo/kel/osdep/AbsTimeToString.h"

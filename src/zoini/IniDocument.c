@@ -2,7 +2,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "zoini/zoini_internal.h"
+#include "zoini/IniDocument_internal.h"
 
 enum { kInitialScratchSize = 256 };
 

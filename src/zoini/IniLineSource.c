@@ -3,7 +3,7 @@
  * LF CR pair and is swallowed, so every pair makes one break. */
 #include <string.h>
 
-#include "zoini/zoini_line_source.h"
+#include "zoini/IniLineSource_internal.h"
 
 static const unsigned char kEndsLine[256] = {[0] = 1, ['\n'] = 1, ['\r'] = 1};
 

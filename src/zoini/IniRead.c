@@ -7,8 +7,8 @@
 #include <string.h>
 #include <sys/stat.h>
 
-#include "zoini/zoini_internal.h"
-#include "zoini/zoini_line_source.h"
+#include "zoini/IniDocument_internal.h"
+#include "zoini/IniLineSource_internal.h"
 
 enum { kInitialLineBuffer = 256 };
 

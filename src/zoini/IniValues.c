@@ -9,7 +9,7 @@
 #include <string.h>
 #include <strings.h>
 
-#include "zoini/zoini_internal.h"
+#include "zoini/IniDocument_internal.h"
 
 /* Put */
 

@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "zoini/zoini_internal.h"
+#include "zoini/IniDocument_internal.h"
 
 /* " Line", four digits and a three-character separator, whatever the separator is. */
 enum { kContinuationAllowance = 12 };

@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "zoini/zoini_internal.h"
+#include "zoini/IniDocument_internal.h"
 
 static const unsigned char kByteOrderMark[] = {0xEF, 0xBB, 0xBF};
 

@@ -1,13 +1,12 @@
-// Prints the release-assertion switch of the library as loaded in the current
-// directory, then fails one release assertion (shown on standard error only
-// when the switch is on).
+// Fails one release assertion in a program linked to the shared library, as
+// a product is, and started in the directory under test: the report reaches
+// standard error only when the library read the switch as on at load.
 #include <cstdio>
 
 #include "zo/kel/osdep/Assertion.h"
 
 int main() {
-    std::printf("shown=%d\n", zo::kel::osdep::ReleaseAssertionsShown() ? 1 : 0);
-    std::fflush(stdout);
     ZO_RELEASE_ASSERT_MSG(false, "probe");
+    std::puts("probe done");
     return 0;
 }

@@ -1,9 +1,7 @@
 #include "tavlo/qkdynamic/AnsiGuts.h"
 
 #include <cctype>
-#include <cstring>
 
-#include "tavlo/qkdynamic/PayloadFactories.h"
 #include "tavlo/qkdynamic/TextReading.h"
 #include "zo/kel/osdep/CharacterAttributes.h"
 
@@ -41,8 +39,8 @@ std::int32_t AnsiGuts::Release() {
     return count;
 }
 
-AnsiGuts::operator bool() const { return TextTruth(text_.c_str()); }
-AnsiGuts::operator double() const { return TextNumber(text_.c_str()); }
+AnsiGuts::operator bool() const { return internal::TextTruth(text_.c_str()); }
+AnsiGuts::operator double() const { return internal::TextNumber(text_.c_str()); }
 
 const NarrowString& AnsiGuts::TextOf(const IAnsiGuts* other) { return static_cast<const AnsiGuts*>(other)->text_; }
 
@@ -90,11 +88,4 @@ IAnsiGuts* AnsiGuts::Proper() const {
         }
     }
     return NewText(std::move(result));
-}
-
-IVarDataGuts* NewAnsiGuts(const char* text) { return NewAnsiGutsLen(text, text ? std::strlen(text) : 0); }
-
-IVarDataGuts* NewAnsiGutsLen(const char* text, std::size_t length) {
-    if (!text) return new AnsiGuts("", 0);
-    return new AnsiGuts(text, zo::kel::NumericCast<unsigned int>(length));
 }

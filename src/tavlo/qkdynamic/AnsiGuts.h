@@ -8,7 +8,7 @@
 #include "zo/kel/SmallBlockCache.h"
 #include "zo/kel/StringBase.h"
 
-class AnsiGuts final : public IVarDataAnsi, public IAnsiGuts, public zo::kel::SmallBlockObject {
+class AnsiGuts final : public IVarDataAnsi, public IAnsiGuts, public zo::kel::internal::SmallBlockObject {
 public:
     AnsiGuts(const char* text, unsigned int length) : text_(text, length) {}
     explicit AnsiGuts(zo::kel::NarrowString text) : text_(std::move(text)) {}

@@ -7,8 +7,8 @@
 #include "tavlo/qkdynamic/PayloadObject.h"
 #include "tavlo/qkstatic/vardata.h"
 
-class CellGuts final : public PayloadObject<IVarDataCell, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataCell,
-                                            IID_IVarDataRaw> {
+class CellGuts final : public internal::PayloadObject<IVarDataCell, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataCell,
+                                                      IID_IVarDataRaw> {
 public:
     CellGuts(unsigned short row, unsigned short column, const VarData& value)
         : row_(row), column_(column), value_(value) {}

@@ -1,8 +1,30 @@
 #include "tavlo/qkdynamic/PayloadFactories.h"
 
+#include <cstring>
+#include <cwchar>
+
+#include "tavlo/qkdynamic/AnsiGuts.h"
 #include "tavlo/qkdynamic/CellGuts.h"
 #include "tavlo/qkdynamic/RawGuts.h"
+#include "tavlo/qkdynamic/UnicodeGuts.h"
+#include "tavlo/qkdynamic/VarDataDictionary.h"
+#include "tavlo/qkdynamic/VarDataSSTimeValue.h"
 #include "tavlo/qkdynamic/VectorGuts.h"
+#include "zo/kel/NumericCast.h"
+
+IVarDataGuts* NewAnsiGuts(const char* text) { return NewAnsiGutsLen(text, text ? std::strlen(text) : 0); }
+
+IVarDataGuts* NewAnsiGutsLen(const char* text, std::size_t length) {
+    if (!text) return new AnsiGuts("", 0);
+    return new AnsiGuts(text, zo::kel::NumericCast<unsigned int>(length));
+}
+
+IVarDataGuts* NewUnicodeGuts(const wchar_t* text) { return NewUnicodeGutsLen(text, text ? std::wcslen(text) : 0); }
+
+IVarDataGuts* NewUnicodeGutsLen(const wchar_t* text, std::size_t length) {
+    if (!text) return new UnicodeGuts(L"", 0);
+    return new UnicodeGuts(text, zo::kel::NumericCast<unsigned int>(length));
+}
 
 IVarDataGuts* NewRawGuts(const unsigned char* data, unsigned int size) { return new RawGuts(data, size); }
 
@@ -11,3 +33,7 @@ IVarDataGuts* NewCellGuts(unsigned short row, unsigned short column, const VarDa
 }
 
 IVarDataGuts* NewVectorGuts() { return new VectorGuts(); }
+
+IVarDataGuts* NewVarDataDictionary() { return new VarDataDictionary(); }
+
+IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value) { return new VarDataSSTimeValue(*value); }

@@ -12,8 +12,10 @@
 #include "zo/kel/SmallBlockCache.h"
 #include "zo/kel/osdep/AtomicInt.h"
 
+namespace internal {
+
 template <class Interface, const _GUID&... Answered>
-class PayloadObject : public Interface, public zo::kel::SmallBlockObject {
+class PayloadObject : public Interface, public zo::kel::internal::SmallBlockObject {
 public:
     std::int32_t QueryInterface(const _GUID& iid, void** object) override {
         if (((iid == Answered) || ...)) {
@@ -38,3 +40,5 @@ public:
 private:
     zo::kel::osdep::AtomicInt referenceCount_{1};
 };
+
+}  // namespace internal

@@ -7,7 +7,8 @@
 #include "tavlo/qkdynamic/PayloadObject.h"
 #include "tavlo/qkstatic/vardata.h"
 
-class RawGuts final : public PayloadObject<IVarDataRaw, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataRaw> {
+class RawGuts final
+    : public internal::PayloadObject<IVarDataRaw, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataRaw> {
 public:
     RawGuts(const unsigned char* data, unsigned int size);
 

@@ -8,6 +8,8 @@
 
 #include "tavlo/qkdynamic/AnsiGuts.h"
 
+using internal::PayloadRef;
+
 namespace {
 
 // Keys and state words are short; long texts rarely repeat byte for byte.

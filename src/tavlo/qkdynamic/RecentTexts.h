@@ -8,4 +8,4 @@
 #include "tavlo/qkstatic/PayloadRef.h"
 
 // An Ansi payload holding the `length` (at least 1) bytes at `text`.
-PayloadRef<IVarDataAnsi> ReadAnsiGuts(const char* text, unsigned int length);
+internal::PayloadRef<IVarDataAnsi> ReadAnsiGuts(const char* text, unsigned int length);

@@ -4,6 +4,8 @@
 
 #include "tavlo/qkstatic/TextToValue.h"
 
+namespace internal {
+
 template <class Char>
 bool TextTruth(const Char* text) {
     bool flag = false;
@@ -21,3 +23,5 @@ double TextNumber(const Char* text) {
     if (IsNumericText(text, number) || IsTimeText(text, number)) return number;
     return 0.0;
 }
+
+}  // namespace internal

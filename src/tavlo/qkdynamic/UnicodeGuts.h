@@ -9,7 +9,7 @@
 #include "zo/kel/StringBase.h"
 
 class UnicodeGuts final
-    : public PayloadObject<IVarDataUnicode, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataUnicode> {
+    : public internal::PayloadObject<IVarDataUnicode, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataUnicode> {
 public:
     UnicodeGuts(const wchar_t* text, unsigned int length) : text_(text, length) {}
     explicit UnicodeGuts(zo::kel::WideString text) : text_(std::move(text)) {}

@@ -5,7 +5,6 @@
 #include <cwchar>
 #include <limits>
 
-#include "tavlo/qkdynamic/PayloadFactories.h"
 #include "zo/kel/Exception.h"
 
 namespace {
@@ -14,7 +13,7 @@ namespace {
 constexpr unsigned int kSetValueLimitLine = 176;
 constexpr unsigned int kGetValueReferenceLimitLine = 204;
 
-class VarDataDictionaryIterator final : public IVarDataIterator, public zo::kel::SmallBlockObject {
+class VarDataDictionaryIterator final : public IVarDataIterator, public zo::kel::internal::SmallBlockObject {
 public:
     explicit VarDataDictionaryIterator(VarDataDictionary::Map::iterator position) : position_(position) {}
 
@@ -127,5 +126,3 @@ wchar_t* VarDataDictionary::getString() const {
         return nullptr;
     }
 }
-
-IVarDataGuts* NewVarDataDictionary() { return new VarDataDictionary(); }

@@ -11,10 +11,10 @@
 #include "zo/kel/SmallBlockCache.h"
 
 class VarDataDictionary final
-    : public PayloadObject<IVarDataDictionary, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataDictionary> {
+    : public internal::PayloadObject<IVarDataDictionary, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataDictionary> {
 public:
     using Map = std::map<VarData, VarData, std::less<VarData>,
-                         zo::kel::SmallBlockAllocator<std::pair<const VarData, VarData>>>;
+                         zo::kel::internal::SmallBlockAllocator<std::pair<const VarData, VarData>>>;
 
     VarDataDictionary() = default;
     explicit VarDataDictionary(const Map& entries) : entries_(entries) {}

@@ -1,7 +1,5 @@
 #include "tavlo/qkdynamic/VarDataSSTimeValue.h"
 
-#include "tavlo/qkdynamic/PayloadFactories.h"
-
 VarDataSSTimeValue::operator double() const {
     return static_cast<double>(static_cast<long double>(getRelTime().fixedPoint()));
 }
@@ -12,5 +10,3 @@ std::int32_t VarDataSSTimeValue::Compare(const IVarDataGuts* other) const {
     if (value_.fraction != theirs.fraction) return value_.fraction < theirs.fraction ? -1 : 1;
     return 0;
 }
-
-IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value) { return new VarDataSSTimeValue(*value); }

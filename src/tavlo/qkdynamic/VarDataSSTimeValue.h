@@ -8,7 +8,7 @@
 #include "zo/kel/RelTime.h"
 
 class VarDataSSTimeValue final
-    : public PayloadObject<IVarDataSSTimeValue, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataSSTimeValue> {
+    : public internal::PayloadObject<IVarDataSSTimeValue, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataSSTimeValue> {
 public:
     explicit VarDataSSTimeValue(const tSSTimeValue& value) : value_(value) {}
 

@@ -8,7 +8,7 @@
 #include "tavlo/qkstatic/vardata.h"
 
 class VectorGuts final
-    : public PayloadObject<IVarDataSequence, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataSequence> {
+    : public internal::PayloadObject<IVarDataSequence, IID_IUnknown, IID_IVarDataGuts, IID_IVarDataSequence> {
 public:
     VectorGuts() = default;
     explicit VectorGuts(const std::vector<VarData>& elements) : elements_(elements) {}

@@ -2,8 +2,8 @@
 #include <cstdint>
 #include <ctime>
 
-#include "tavlo/qkstatic/DisplayFormats.h"
-#include "tavlo/qkstatic/SerialDate.h"
+#include "tavlo/qkstatic/DisplayFormatsInternal.h"
+#include "tavlo/qkstatic/SerialDateInternal.h"
 #include "tavlo/qkstatic/TextToValue.h"
 #include "tavlo/qkstatic/TimeTextCharacters.h"
 
@@ -19,7 +19,7 @@ constexpr unsigned int kEarliestYear = 1900;
 constexpr unsigned int kLatestYear = 2078;
 constexpr unsigned int kEarliestCurrentYear = 1988;
 
-using namespace time_text;
+using namespace internal;
 
 // The display format's first date field decides the order of typed fields.
 FieldOrder OrderOf(int format) noexcept {

@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace time_text;
+using namespace internal;
 
 constexpr int kGroupsMax = 4;
 constexpr int kFractionState = 5;

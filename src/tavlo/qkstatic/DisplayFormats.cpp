@@ -2,6 +2,10 @@
 
 #include <cstring>
 
+#include "tavlo/qkstatic/DisplayFormatsInternal.h"
+
+using internal::DisplayFormatAt;
+
 bool IsFormat0(const char* name, short* index) noexcept {
     if (name == nullptr) return false;
     for (unsigned int row = 0; row < kDisplayFormatCount; ++row) {

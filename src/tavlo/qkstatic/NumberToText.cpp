@@ -5,11 +5,21 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tavlo/qkstatic/DisplayFormats.h"
-#include "tavlo/qkstatic/SerialDate.h"
+#include "tavlo/qkstatic/DisplayFormatsInternal.h"
+#include "tavlo/qkstatic/NumberToTextInternal.h"
+#include "tavlo/qkstatic/SerialDateInternal.h"
 #include "tavlo/qkstatic/TimeEncodings.h"
 #include "zo/kel/NumericCast.h"
 #include "zo/kel/TruncateToInt64.h"
+
+using internal::BreakDownDayNumber;
+using internal::ClockTime;
+using internal::DisplayField;
+using internal::DisplayFormat;
+using internal::DisplayFormatAt;
+using internal::DisplayFormatKind;
+using internal::MillisecondsOfDayFraction;
+using internal::SplitMilliseconds;
 
 namespace {
 
@@ -25,7 +35,7 @@ int CleanedExponent(unsigned int format, char* buf, unsigned long size, int leng
     if (format < kFirstExponentFormat || format > kLastExponentFormat) return length;
     // Only a text that was written in full has its exponent at the end.
     if (static_cast<unsigned long>(length) >= size) return length;
-    return number_to_text_detail::RemoveExponentLeadingZeros(buf, length);
+    return internal::RemoveExponentLeadingZeros(buf, length);
 }
 
 int PlainNumberText(unsigned int format, char* buf, unsigned long size, double value) {
@@ -44,7 +54,7 @@ int CheckedLength(int length, char* buf, unsigned long size) { return length < 0
 
 // x86 truncation keeps the low 32 bits of the 64-bit integer.
 int HexadecimalText(const DisplayFormat& row, char* buf, unsigned long size, double value) {
-    const auto low = static_cast<std::uint32_t>(static_cast<std::uint64_t>(zo::kel::TruncateToInt64(value)));
+    const auto low = static_cast<std::uint32_t>(static_cast<std::uint64_t>(zo::kel::internal::TruncateToInt64(value)));
     return CheckedLength(std::snprintf(buf, size, row.pattern, low), buf, size);
 }
 
@@ -126,7 +136,7 @@ int FieldsText(const DisplayFormat& row, char* buf, unsigned long size, const Pr
 
 int ElapsedText(const DisplayFormat& row, char* buf, unsigned long size, double value) {
     if (!(value < kElapsedDaysLimit && value > -kElapsedDaysLimit)) return SetOverflow(buf, size);
-    const auto days = static_cast<std::uint32_t>(zo::kel::TruncateToInt64(value));
+    const auto days = static_cast<std::uint32_t>(zo::kel::internal::TruncateToInt64(value));
     const ClockTime clock = SplitMilliseconds(MillisecondsOfDayFraction(value));
     PrintableFields fields;
     fields.date.hour = clock.hour;
@@ -146,7 +156,7 @@ int CalendarText(const DisplayFormat& row, char* buf, unsigned long size, double
 
 }  // namespace
 
-namespace number_to_text_detail {
+namespace internal {
 
 int RemoveExponentLeadingZeros(char* text, int length) noexcept {
     if (length < 3 || text[length - 3] != '0') return length;
@@ -162,7 +172,7 @@ int RemoveExponentLeadingZeros(char* text, int length) noexcept {
     return length - 2;
 }
 
-}  // namespace number_to_text_detail
+}  // namespace internal
 
 int SetOverflow(char* buf, unsigned long size) {
     const unsigned long count = buf == nullptr ? 0 : std::min(size, static_cast<unsigned long>(sizeof(szOverflow)));

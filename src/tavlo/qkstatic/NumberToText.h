@@ -28,9 +28,3 @@ QKDYNAM_API int TimeToText(long ns, int format, char* buf, unsigned int size);
 // Whole days only (the time of day is dropped first), widened byte by byte
 // (sign-extended) into at most min(size − 1, 31) characters and a zero.
 QKDYNAM_API int TimeToText(long ns, int format, wchar_t* buf, unsigned int size);
-
-namespace number_to_text_detail {
-// Drops leading zeros of a three-digit exponent at the end of `text`
-// (E+015 → E+15, E+005 → E+5); returns the new length.
-QKDYNAM_API int RemoveExponentLeadingZeros(char* text, int length) noexcept;
-}  // namespace number_to_text_detail

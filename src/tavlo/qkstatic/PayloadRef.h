@@ -10,6 +10,8 @@
 
 #include "tavlo/qkstatic/VarDataGuts.h"
 
+namespace internal {
+
 // The identifier QueryInterface is asked with for each interface; an
 // interface without one does not compile.
 template <class Interface>
@@ -90,3 +92,5 @@ inline std::int32_t ReferenceCount(IUnknown* object) {
     object->AddRef();
     return object->Release();
 }
+
+}  // namespace internal

@@ -1,4 +1,5 @@
 #include "tavlo/qkstatic/SerialDate.h"
+#include "tavlo/qkstatic/SerialDateInternal.h"
 
 #include <array>
 #include <cstring>
@@ -35,17 +36,17 @@ YearAndDay SplitFourYearBlock(unsigned int dayNumber) noexcept {
 
 }  // namespace
 
-std::uint16_t DaysInMonth(unsigned int month, unsigned int februaryDays) noexcept {
+std::uint16_t internal::DaysInMonth(unsigned int month, unsigned int februaryDays) noexcept {
     if (month == 2) return static_cast<std::uint16_t>(februaryDays);
     return month >= 1 && month <= 12 ? kNonLeapMonthLengths[month - 1] : 0;
 }
 
-std::int64_t MillisecondsOfDayFraction(double days) noexcept {
-    const double whole = static_cast<double>(zo::kel::TruncateToInt64(days));
-    return zo::kel::TruncateToInt64((days - whole + kDayFractionGuard) * kMillisecondsPerDay);
+std::int64_t internal::MillisecondsOfDayFraction(double days) noexcept {
+    const double whole = static_cast<double>(zo::kel::internal::TruncateToInt64(days));
+    return zo::kel::internal::TruncateToInt64((days - whole + kDayFractionGuard) * kMillisecondsPerDay);
 }
 
-ClockTime SplitMilliseconds(std::int64_t milliseconds) {
+internal::ClockTime internal::SplitMilliseconds(std::int64_t milliseconds) {
     using zo::kel::NumericCast;
     const std::int64_t hour = milliseconds / kMillisecondsPerHour;
     const std::int64_t minute = milliseconds % kMillisecondsPerHour / kMillisecondsPerMinute;
@@ -54,8 +55,8 @@ ClockTime SplitMilliseconds(std::int64_t milliseconds) {
             NumericCast<std::uint16_t>(rest % 1000)};
 }
 
-BrokenDownDate BreakDownDayNumber(double dayNumber) {
-    const auto day = static_cast<std::uint16_t>(zo::kel::TruncateToInt64(dayNumber));
+BrokenDownDate internal::BreakDownDayNumber(double dayNumber) {
+    const auto day = static_cast<std::uint16_t>(zo::kel::internal::TruncateToInt64(dayNumber));
     BrokenDownDate date{};
     date.dayOfWeek = static_cast<std::uint16_t>(day - 7 * ((day + 6) / 7) + 7);
 
@@ -80,7 +81,7 @@ BrokenDownDate BreakDownDayNumber(double dayNumber) {
 
 void GetDate0(double* dayNumber, unsigned short* fields) {
     static_assert(sizeof(BrokenDownDate) == 11 * sizeof(unsigned short));
-    const BrokenDownDate date = BreakDownDayNumber(*dayNumber);
+    const BrokenDownDate date = internal::BreakDownDayNumber(*dayNumber);
     std::memcpy(fields, &date, sizeof(date));
 }
 

@@ -23,24 +23,7 @@ struct BrokenDownDate {
     std::uint16_t daysInYear;
 };
 
-// A time of day or an elapsed remainder split into clock fields.
-struct ClockTime {
-    std::uint16_t hour;
-    std::uint16_t minute;
-    std::uint16_t second;
-    std::uint16_t millisecond;
-};
-
-// Milliseconds of the fraction of `days`, with a 1e-8 day guard against a
-// fraction just below a millisecond boundary; truncated toward zero.
-QKDYNAM_API std::int64_t MillisecondsOfDayFraction(double days) noexcept;
-// Throws OutOfRange when `milliseconds` is negative or its hours exceed 16 bits.
-QKDYNAM_API ClockTime SplitMilliseconds(std::int64_t milliseconds);
-
-QKDYNAM_API BrokenDownDate BreakDownDayNumber(double dayNumber);
 // Writes the eleven BrokenDownDate fields of *dayNumber to fields[0..10].
 QKDYNAM_API void GetDate0(double* dayNumber, unsigned short* fields);
 // The day number of a date; the inverse of the date part of GetDate0.
 QKDYNAM_API std::uint16_t DateDay0(unsigned int day, unsigned int month, unsigned int year) noexcept;
-// Days in `month` (1 to 12) of a year whose February has `februaryDays`.
-QKDYNAM_API std::uint16_t DaysInMonth(unsigned int month, unsigned int februaryDays) noexcept;

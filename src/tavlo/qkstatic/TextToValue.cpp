@@ -32,7 +32,7 @@ bool IsTimeText(const char* text, double& out) { return AsciiToDays(text, &out) 
 bool IsTimeText(const char* text, long& out) {
     double days = 0.0;
     if (!IsTimeText(text, days)) return false;
-    const auto seconds = static_cast<std::uint64_t>(zo::kel::TruncateToInt64(days * 24.0 * 60.0 * 60.0));
+    const auto seconds = static_cast<std::uint64_t>(zo::kel::internal::TruncateToInt64(days * 24.0 * 60.0 * 60.0));
     out = static_cast<long>(seconds * kNanosecondsPerSecond);
     return true;
 }

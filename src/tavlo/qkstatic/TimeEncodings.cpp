@@ -2,6 +2,8 @@
 
 #include "zo/kel/TruncateToInt64.h"
 
+using zo::kel::internal::TruncateToInt64;
+
 namespace {
 
 constexpr std::uint64_t kNanosecondsPerTick = 100;
@@ -28,8 +30,8 @@ double NanosecsToDays(unsigned long nanoseconds) noexcept {
 
 std::uint64_t DaysToNanosecs(double days) noexcept {
     const double product = days * kNanosecondsPerDay;
-    if (product >= kTwoTo63) return static_cast<std::uint64_t>(zo::kel::TruncateToInt64(product - kTwoTo63)) | kTopBit;
-    return static_cast<std::uint64_t>(zo::kel::TruncateToInt64(product));
+    if (product >= kTwoTo63) return static_cast<std::uint64_t>(TruncateToInt64(product - kTwoTo63)) | kTopBit;
+    return static_cast<std::uint64_t>(TruncateToInt64(product));
 }
 
 long Time64ToQKTIME(unsigned long nanoseconds) noexcept { return static_cast<long>(NanosecondsToTicks(nanoseconds)); }

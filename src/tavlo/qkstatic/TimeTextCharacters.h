@@ -8,7 +8,7 @@
 
 #include "zo/kel/NumericCast.h"
 
-namespace time_text {
+namespace internal {
 
 enum TimeClass : std::uint8_t { Space, Digit, Colon, Point, Invalid };
 
@@ -42,4 +42,4 @@ inline std::uint16_t WithDigit(std::uint16_t field, char digit) {
     return zo::kel::NumericCast<std::uint16_t>(field * 10u + static_cast<unsigned int>(digit - '0'));
 }
 
-}  // namespace time_text
+}  // namespace internal

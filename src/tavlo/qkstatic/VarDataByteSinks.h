@@ -13,6 +13,8 @@
 #include "zo/kel/Exception.h"
 #include "zo/kel/SafeInteger.h"
 
+namespace internal {
+
 // The size pass: counts what a ByteWriter would write, in checked 32-bit
 // arithmetic (OutOfRange past 4294967295).
 class ByteCounter {
@@ -98,3 +100,5 @@ private:
     const unsigned char*& cursor_;
     const unsigned char* end_;
 };
+
+}  // namespace internal

@@ -11,6 +11,8 @@
 #include "tavlo/qkstatic/VarDataByteSinks.h"
 #include "tavlo/qkstatic/vardata.h"
 
+namespace internal {
+
 // One row of the table. A fixed size of kVariableBody means the body writer
 // decides; a row without a writer is read-only, one without a reader write-only.
 struct RecordCodec {
@@ -57,3 +59,5 @@ public:
         return value;
     }
 };
+
+}  // namespace internal

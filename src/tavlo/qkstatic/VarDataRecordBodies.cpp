@@ -14,6 +14,12 @@
 #include "tavlo/qkdynamic/VectorGuts.h"
 #include "tavlo/qkstatic/VarDataCodec.h"
 
+using internal::ByteCounter;
+using internal::ByteReader;
+using internal::ByteWriter;
+using internal::PayloadRef;
+using internal::RecordCodec;
+using internal::VarDataCodec;
 using vardata_type::Word;
 using zo::kel::exception::DeserializationError;
 
@@ -277,17 +283,17 @@ const RecordCodec& kEmptyCodec = *kIndex[SlotOf(static_cast<std::uint16_t>(VarDa
 
 }  // namespace
 
-const RecordCodec* VarDataCodec::Find(std::uint16_t tag) noexcept {
+const RecordCodec* internal::VarDataCodec::Find(std::uint16_t tag) noexcept {
     const RecordCodec* codec = kIndex[SlotOf(tag)];
     return codec && codec->tag == tag ? codec : nullptr;
 }
 
-const RecordCodec& VarDataCodec::WriterOf(const VarData& value) noexcept {
+const RecordCodec& internal::VarDataCodec::WriterOf(const VarData& value) noexcept {
     const RecordCodec* codec = Find(vardata_type::TagOf(value.type_));
     return codec && codec->writable() ? *codec : kEmptyCodec;
 }
 
-ByteCounter::Size VarDataCodec::RecordSize(const VarData& value, bool compact) {
+ByteCounter::Size internal::VarDataCodec::RecordSize(const VarData& value, bool compact) {
     const RecordCodec& codec = WriterOf(value);
     if (const unsigned int fixed = codec.fixedBodySize(compact); fixed != RecordCodec::kVariableBody) return fixed + 4u;
     ByteCounter counter;
@@ -296,13 +302,13 @@ ByteCounter::Size VarDataCodec::RecordSize(const VarData& value, bool compact) {
     return counter.size();
 }
 
-void VarDataCodec::WriteRecord(const VarData& value, ByteWriter& out, bool compact) {
+void internal::VarDataCodec::WriteRecord(const VarData& value, ByteWriter& out, bool compact) {
     const RecordCodec& codec = WriterOf(value);
     out.put(codec.tag == vardata_type::TagOf(value.type_) ? value.type_ : Word(VarDataType::Empty));
     codec.write(value, out, compact);
 }
 
-VarData VarDataCodec::ReadRecord(ByteReader& in, bool compact, unsigned int depth) {
+VarData internal::VarDataCodec::ReadRecord(ByteReader& in, bool compact, unsigned int depth) {
     if (depth > VarData::kMaxNestingDepth) ZO_THROW(DeserializationError);
     const auto type = in.get<std::uint32_t>();
     const RecordCodec* codec = Find(vardata_type::TagOf(type));

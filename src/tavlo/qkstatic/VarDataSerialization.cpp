@@ -9,6 +9,10 @@
 #include "zo/kel/Exception.h"
 #include "zo/kel/osdep/Assertion.h"
 
+using internal::ByteReader;
+using internal::ByteWriter;
+using internal::VarDataCodec;
+
 namespace {
 
 // Where an oversized value has always been reported.

@@ -6,6 +6,7 @@
 #include "tavlo/qkstatic/PayloadRef.h"
 #include "tavlo/qkstatic/vardata.h"
 
+using internal::PayloadRef;
 using vardata_type::Word;
 using zo::kel::NarrowString;
 using zo::kel::WideString;

@@ -10,6 +10,9 @@
 
 using vardata_type::Word;
 
+using internal::PayloadRef;
+using internal::ReferenceCount;
+
 namespace {
 
 constexpr std::uint32_t kEmptyWord = Word(VarDataType::Empty);

@@ -23,8 +23,11 @@
 #include "zo/kel/RelTime.h"
 #include "zo/kel/StringBase.h"
 
+namespace internal {
 template <class Interface>
 class PayloadRef;
+class VarDataCodec;
+}  // namespace internal
 
 class QKDYNAM_API VarData {
 public:
@@ -192,7 +195,7 @@ public:
     void deserializeWithSizeImpl(const unsigned char*& cursor, const unsigned char* end, bool compact);
 
 private:
-    friend class VarDataCodec;
+    friend class internal::VarDataCodec;
     VarDataType tag() const noexcept { return static_cast<VarDataType>(type_ & vardata_type::kTagMask); }
     bool hasPayloadFlag() const noexcept { return (type_ & PayloadFlag) != 0; }
     IVarDataGuts* guts() const noexcept { return reinterpret_cast<IVarDataGuts*>(payload_); }
@@ -206,7 +209,7 @@ private:
         if (holdsGuts()) guts()->Release();
     }
     IVarDataDictionary* dictionaryOrThrow() const;
-    PayloadRef<IVarDataSequence> querySequence() const;  // empty unless a Sequence answering it
+    internal::PayloadRef<IVarDataSequence> querySequence() const;  // empty unless a Sequence answering it
 
     std::uint32_t type_;
     std::uint64_t payload_;

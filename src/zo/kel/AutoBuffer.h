@@ -16,7 +16,7 @@
 #include "zo/kel/osdep/AtomicInt.h"
 
 namespace zo::kel {
-namespace detail {
+namespace internal {
 
 // Copies 1 to 16 bytes with at most two overlapping loads and stores of one
 // width, inline: the byte forms append mostly fields of that size, and a
@@ -41,7 +41,7 @@ inline void CopySmall(unsigned char* to, const unsigned char* from, unsigned int
     }
 }
 
-}  // namespace detail
+}  // namespace internal
 
 // The shared storage. `capacity` is what the block really holds, so the
 // block of an unshared copy is as large as the capacity it records.
@@ -94,7 +94,7 @@ public:
         if (n == 0) return;
         if (AutoBufferGuts* guts = guts_; guts && n <= guts->room() && guts->refCount == 1) {
             if (n <= 16) {
-                detail::CopySmall(guts->dataEnd, static_cast<const unsigned char*>(bytes), n);
+                internal::CopySmall(guts->dataEnd, static_cast<const unsigned char*>(bytes), n);
             } else {
                 std::memcpy(guts->dataEnd, bytes, n);
             }

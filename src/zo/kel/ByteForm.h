@@ -1,6 +1,8 @@
 // Primitives of the library's byte forms: 32-bit counts stored little-endian
 // as on the host, and the room left between a cursor and its limit. Callers
-// check the room before every load or store; these helpers do not.
+// check the room before every load or store; these helpers do not. Public:
+// Vector<T> reads and writes its count with them in its callers' code, and an
+// element type that brings its own byte form can use them alike.
 #pragma once
 
 #include <bit>

@@ -2,7 +2,7 @@
 
 #include <new>
 
-namespace zo::kel {
+namespace zo::kel::internal {
 
 namespace {
 
@@ -90,4 +90,4 @@ void FreeSmallBlock(void* block, std::size_t size) noexcept {
     ++list.count;
 }
 
-}  // namespace zo::kel
+}  // namespace zo::kel::internal

@@ -12,16 +12,14 @@
 #include <cstddef>
 #include <memory>
 
-#include "qkdynam_platform.h"
-
-namespace zo::kel {
+namespace zo::kel::internal {
 
 inline constexpr std::size_t kLargestSmallBlock = 128;
 
 // Blocks above kLargestSmallBlock bytes go straight to ::operator new and
 // ::operator delete. FreeSmallBlock takes the size the block was asked with.
-QKDYNAM_API void* AllocateSmallBlock(std::size_t size);
-QKDYNAM_API void FreeSmallBlock(void* block, std::size_t size) noexcept;
+void* AllocateSmallBlock(std::size_t size);
+void FreeSmallBlock(void* block, std::size_t size) noexcept;
 
 // A standard allocator over the cache for node containers; arrays bypass it.
 template <class T>
@@ -52,4 +50,4 @@ struct SmallBlockObject {
     static void operator delete(void* block, std::size_t size) noexcept { FreeSmallBlock(block, size); }
 };
 
-}  // namespace zo::kel
+}  // namespace zo::kel::internal

@@ -1,13 +1,15 @@
 // Where a throw or an assertion happened, as a project-relative path without
 // extension ("zo/kel/StringBase"; "./zo/kel/SafeInteger" for a header).
 // ZO_SOURCE_FILE computes the path at compile time from __FILE__, so no throw
-// site spells its own path and the strings are static for ever.
+// site spells its own path and the strings are static for ever. Public:
+// ZO_SOURCE_FILE and ZO_THROW, which the public templates and assertion
+// macros expand in their callers' code; the rest is their machinery.
 #pragma once
 
 #include <cstddef>
 #include <string_view>
 
-namespace zo::kel::detail {
+namespace zo::kel::internal {
 
 template <std::size_t N>
 struct FixedText {
@@ -57,9 +59,9 @@ struct SourcePathText {
 template <FixedText File>
 inline constexpr SourcePathText<sizeof(File.text)> kSourcePath{File.text};
 
-}  // namespace zo::kel::detail
+}  // namespace zo::kel::internal
 
-#define ZO_SOURCE_FILE (::zo::kel::detail::kSourcePath<::zo::kel::detail::FixedText{__FILE__}>.text)
+#define ZO_SOURCE_FILE (::zo::kel::internal::kSourcePath<::zo::kel::internal::FixedText{__FILE__}>.text)
 
 // Throws an exception of the zo::kel family (or any class whose constructor
 // ends in (line, file)) stamped with this site: ZO_THROW(OutOfRange) or

@@ -12,6 +12,7 @@
 #include "zo/kel/NumericCast.h"
 #include "zo/kel/SafeInteger.h"
 #include "zo/kel/Utf8.h"
+#include "zo/kel/Utf8Internal.h"
 #include "zo/kel/osdep/Assertion.h"
 #include "zo/kel/osdep/CharsetConversion.h"
 #include "zo/kel/osdep/StringCompare.h"
@@ -124,7 +125,7 @@ struct Conversion<wchar_t, char> {
 template <>
 struct Conversion<unsigned char, wchar_t> {
     static unsigned int length(const wchar_t* first, const wchar_t* last) {
-        return NumericCast<unsigned int>(detail::Utf8EncodedSize(first, last));
+        return NumericCast<unsigned int>(internal::Utf8EncodedSize(first, last));
     }
     static void convert(const wchar_t* first, const wchar_t* last, unsigned char* out, unsigned char* outEnd) {
         WideToUtf8(first, last, out, outEnd);

@@ -20,7 +20,7 @@ enum BufferStrategy { KeepBuffer = 0, ShrinkIfOversized = 1 };
 template <typename Char, typename OtherChar, typename WideChar>
 class StringBase;
 
-namespace detail {
+namespace internal {
 // The instantiation whose element type is Char.
 template <typename Char>
 struct StringOf;
@@ -36,7 +36,7 @@ template <>
 struct StringOf<unsigned char> {
     using type = StringBase<unsigned char, wchar_t, wchar_t>;
 };
-}  // namespace detail
+}  // namespace internal
 
 // Char is the element; OtherChar the character type accepted (and converted)
 // by constructors, append and operator+: the narrow side is "US-ASCII", UTF-8
@@ -48,7 +48,7 @@ public:
     using value_type = Char;
     using iterator = Char*;
     using const_iterator = const Char*;
-    using OtherString = typename detail::StringOf<OtherChar>::type;
+    using OtherString = typename internal::StringOf<OtherChar>::type;
     static constexpr unsigned int npos = 0xFFFFFFFFu;
 
     // Construction. A position past the length throws OutOfRange2; counts are

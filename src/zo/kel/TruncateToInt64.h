@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace zo::kel {
+namespace zo::kel::internal {
 
 constexpr std::int64_t TruncateToInt64(double value) noexcept {
     // 2^63 is exact in a double; every double strictly inside (-2^63 - 1, 2^63) truncates into range.
@@ -16,4 +16,4 @@ constexpr std::int64_t TruncateToInt64(double value) noexcept {
     return static_cast<std::int64_t>(value);
 }
 
-}  // namespace zo::kel
+}  // namespace zo::kel::internal

@@ -7,6 +7,7 @@
 #include "zo/kel/Exception.h"
 #include "zo/kel/NumericCast.h"
 #include "zo/kel/StringBase.h"
+#include "zo/kel/Utf8Internal.h"
 
 namespace zo::kel {
 
@@ -177,7 +178,7 @@ unsigned int GetUtf8EncodingBytesWithBufferLimit(const wchar_t* first, const wch
     return total;
 }
 
-std::size_t detail::Utf8EncodedSize(const wchar_t* first, const wchar_t* last) noexcept {
+std::size_t internal::Utf8EncodedSize(const wchar_t* first, const wchar_t* last) noexcept {
     std::size_t total = 0;
     for (; first < last; ++first) total += EncodedLength(*first);
     return total;

@@ -37,9 +37,4 @@ QKDYNAM_API unsigned int GetUtf8EncodingBytesWithBufferLimit(const wchar_t* firs
 QKDYNAM_API unsigned char* WideToUtf8(const wchar_t* first, const wchar_t* last, unsigned char* outFirst,
                                       unsigned char* outLast);
 
-namespace detail {
-// Bytes needed for [first, last), without a limit.
-QKDYNAM_API std::size_t Utf8EncodedSize(const wchar_t* first, const wchar_t* last) noexcept;
-}  // namespace detail
-
 }  // namespace zo::kel

@@ -22,7 +22,7 @@
 #include "zo/kel/StringBase.h"
 
 namespace zo::kel {
-namespace detail {
+namespace internal {
 
 // Arithmetic elements are stored as their host bytes; any other element
 // brings serializationSize(), serialize() and deserialize() of its own.
@@ -50,7 +50,7 @@ struct MinimumElementForm<StringBase<Char, OtherChar, WideChar>> {
     static constexpr unsigned int kSize = byteform::kCountSize;
 };
 
-}  // namespace detail
+}  // namespace internal
 
 template <typename T>
 class Vector {
@@ -252,7 +252,7 @@ T& Vector<T>::emplaceGrowing(Args&&... args) {
 
 template <typename T>
 unsigned int Vector<T>::serializationSize() const noexcept {
-    if constexpr (detail::kIsRawElement<T>) {
+    if constexpr (internal::kIsRawElement<T>) {
         return byteform::SaturatedFormSize(std::size_t{size()} * sizeof(T));
     } else {
         std::size_t total = 0;
@@ -267,7 +267,7 @@ void Vector<T>::serialize(unsigned char*& cursor, const unsigned char* limit) co
     if (byteform::Room(write, limit) < byteform::kCountSize) byteform::ThrowBufferOverflow();
     byteform::StoreCount(write, size());
     write += byteform::kCountSize;
-    if constexpr (detail::kIsRawElement<T>) {
+    if constexpr (internal::kIsRawElement<T>) {
         const std::size_t bytes = std::size_t{size()} * sizeof(T);
         if (byteform::Room(write, limit) < bytes) byteform::ThrowBufferOverflow();
         if (bytes != 0) std::memcpy(write, impl_.begin, bytes);
@@ -284,11 +284,11 @@ void Vector<T>::deserialize(const unsigned char*& cursor, const unsigned char* l
     if (byteform::Room(read, limit) < byteform::kCountSize) ZO_THROW(exception::DeserializationError);
     const unsigned int count = byteform::LoadCount(read);
     read += byteform::kCountSize;
-    if (count > byteform::Room(read, limit) / detail::MinimumElementForm<T>::kSize) {
+    if (count > byteform::Room(read, limit) / internal::MinimumElementForm<T>::kSize) {
         ZO_THROW(exception::DeserializationError);
     }
     Impl fresh;
-    if constexpr (detail::kIsRawElement<T>) {
+    if constexpr (internal::kIsRawElement<T>) {
         // Copied into raw room: value-initialising first would write every byte twice.
         if (count != 0) {
             fresh.begin = allocate(count);

@@ -8,12 +8,14 @@
 #include <map>
 #include <string>
 
-#include "tavlo/qkstatic/DisplayFormats.h"
-#include "tavlo/qkstatic/SerialDate.h"
+#include "tavlo/qkstatic/DisplayFormatsInternal.h"
+#include "tavlo/qkstatic/NumberToTextInternal.h"
+#include "tavlo/qkstatic/SerialDateInternal.h"
 #include "zo/kel/Exception.h"
 
 namespace {
 
+using namespace internal;
 using zo::kel::exception::OutOfRange;
 
 struct TextRow {
@@ -117,7 +119,7 @@ TEST(NumberToText0, ExponentCleanUpDropsLeadingZerosOfThreeDigitExponents) {
     for (const Row& row : rows) {
         char text[16];
         std::strcpy(text, row.before);
-        const int length = number_to_text_detail::RemoveExponentLeadingZeros(text, static_cast<int>(std::strlen(text)));
+        const int length = RemoveExponentLeadingZeros(text, static_cast<int>(std::strlen(text)));
         EXPECT_STREQ(text, row.after);
         EXPECT_EQ(length, static_cast<int>(std::strlen(row.after)));
     }

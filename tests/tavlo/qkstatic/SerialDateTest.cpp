@@ -7,9 +7,12 @@
 #include <tuple>
 #include <vector>
 
+#include "tavlo/qkstatic/SerialDateInternal.h"
 #include "zo/kel/Exception.h"
 
 namespace {
+
+using namespace internal;
 
 struct DateRow {
     double dayNumber;

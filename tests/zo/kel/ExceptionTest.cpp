@@ -80,7 +80,7 @@ TEST(Exception, SyntaxErrorInitialize) {
 }
 
 TEST(Exception, ThrowSiteIsStampedWithProjectRelativePath) {
-    using zo::kel::detail::TrimmedSourcePath;
+    using zo::kel::internal::TrimmedSourcePath;
     static_assert(TrimmedSourcePath("/home/a/qk/src/zo/kel/StringBase.cpp") == "zo/kel/StringBase");
     static_assert(TrimmedSourcePath("/usr/include/qkdynam/zo/kel/SafeInteger.h") == "zo/kel/SafeInteger");
     static_assert(TrimmedSourcePath("/x/src/y/include/qkdynam/tavlo/qkstatic/vardata.h") == "tavlo/qkstatic/vardata");

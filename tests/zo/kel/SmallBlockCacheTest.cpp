@@ -11,8 +11,9 @@
 
 namespace {
 
-using zo::kel::AllocateSmallBlock;
-using zo::kel::FreeSmallBlock;
+using zo::kel::internal::AllocateSmallBlock;
+using zo::kel::internal::FreeSmallBlock;
+using zo::kel::internal::SmallBlockAllocator;
 
 struct Live {
     unsigned char* block;
@@ -25,7 +26,7 @@ struct Live {
 TEST(SmallBlockCache, LiveBlocksAreDisjointAndKeepTheirBytes) {
     std::vector<Live> live;
     for (int round = 0; round < 50; ++round) {
-        for (std::size_t size = 1; size <= zo::kel::kLargestSmallBlock + 40; size += 7) {
+        for (std::size_t size = 1; size <= zo::kel::internal::kLargestSmallBlock + 40; size += 7) {
             auto* block = static_cast<unsigned char*>(AllocateSmallBlock(size));
             const auto fill = static_cast<unsigned char>(round * 31 + size);
             std::memset(block, fill, size);
@@ -62,14 +63,14 @@ TEST(SmallBlockCache, BlocksMayBeFreedOnAnotherThread) {
 }
 
 TEST(SmallBlockCache, AllocatorServesNodeContainersAndArrays) {
-    std::map<int, std::uint64_t, std::less<int>, zo::kel::SmallBlockAllocator<std::pair<const int, std::uint64_t>>>
+    std::map<int, std::uint64_t, std::less<int>, SmallBlockAllocator<std::pair<const int, std::uint64_t>>>
         map;
     for (int i = 0; i < 1000; ++i) map[i * 7 % 1000] = static_cast<std::uint64_t>(i);
     for (int i = 0; i < 1000; i += 2) map.erase(i);
     EXPECT_EQ(map.size(), 500u);
     for (const auto& [key, value] : map) EXPECT_EQ(static_cast<int>(value * 7 % 1000), key);
 
-    std::vector<double, zo::kel::SmallBlockAllocator<double>> array(300, 2.5);
+    std::vector<double, SmallBlockAllocator<double>> array(300, 2.5);
     array.push_back(1.0);
     EXPECT_EQ(array.size(), 301u);
     EXPECT_EQ(array[299], 2.5);

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <string>
 
+#include "zo/kel/osdep/AssertionInternal.h"
 #include "zo/kel/osdep/INIFileManager.h"
 
 namespace zo::kel::osdep {
@@ -102,7 +103,7 @@ void OutputReleaseAssertion(const char* expression, const char* message, const c
     WriteAssertionLine("Release Assertion", expression, message, file, line);
 }
 
-bool ReleaseAssertionsShown() noexcept { return gShowReleaseAsserts; }
+bool internal::ReleaseAssertionsShown() noexcept { return gShowReleaseAsserts; }
 
 AssertionAlert SetAssertionAlert(AssertionAlert alert) noexcept { return gAssertionAlert.exchange(alert); }
 

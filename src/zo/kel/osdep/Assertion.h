@@ -32,9 +32,6 @@ using AssertionAlert = AssertionAnswer (*)(const char* header, const char* text,
 // Installs `alert` (null removes it) and returns the previous one.
 QKDYNAM_API AssertionAlert SetAssertionAlert(AssertionAlert alert) noexcept;
 
-// Whether the configuration asked for release assertions (fixed at load).
-QKDYNAM_API bool ReleaseAssertionsShown() noexcept;
-
 }  // namespace zo::kel::osdep
 
 // Debug-build assertion; compiled out with NDEBUG.

@@ -95,13 +95,13 @@ unsigned int RequiredLength(const In* first, const In* last, const Route& route,
     if (ascii) return RangeLength(first, last);
     Out* none = nullptr;
     return NumericCast<unsigned int>(
-        detail::IConv<In, Out>(first, last, route.from, nullptr, none, route.to, route.throwing));
+        internal::IConv<In, Out>(first, last, route.from, nullptr, none, route.to, route.throwing));
 }
 
 template <typename In, typename Out>
 Out* ConvertInto(const In* first, const In* last, Out* outFirst, Out* outLast, const Route& route, bool ascii) {
     if (ascii) return CopyAscii(first, last, outFirst, outLast);
-    detail::IConv<In, Out>(first, last, route.from, outFirst, outLast, route.to, route.throwing);
+    internal::IConv<In, Out>(first, last, route.from, outFirst, outLast, route.to, route.throwing);
     return outLast;
 }
 

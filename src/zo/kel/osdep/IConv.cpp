@@ -10,7 +10,7 @@
 
 #include "zo/kel/Exception.h"
 
-namespace zo::kel::osdep::detail {
+namespace zo::kel::osdep::internal {
 
 namespace {
 
@@ -153,4 +153,4 @@ template std::size_t IConv<wchar_t, unsigned char>(const wchar_t*, const wchar_t
 template std::size_t IConv<unsigned char, wchar_t>(const unsigned char*, const unsigned char*, const char*,
                                                    wchar_t*, wchar_t*&, const char*, bool);
 
-}  // namespace zo::kel::osdep::detail
+}  // namespace zo::kel::osdep::internal

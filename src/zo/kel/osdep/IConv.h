@@ -1,12 +1,12 @@
 // The library's one road into iconv, used by the charset conversions and the
 // UTF-16 serialization. Descriptors are opened once per thread and charset
 // pair and reset before each use, so no descriptor is ever shared between
-// threads. Internal: not part of the installed interface's contract.
+// threads.
 #pragma once
 
 #include <cstddef>
 
-namespace zo::kel::osdep::detail {
+namespace zo::kel::osdep::internal {
 
 // Converts the In units [first, last) from `fromCharset` to Out units in
 // `toCharset`. With a null `outFirst` nothing is written and the result is the
@@ -19,4 +19,4 @@ template <typename In, typename Out>
 std::size_t IConv(const In* first, const In* last, const char* fromCharset, Out* outFirst, Out*& outLast,
                   const char* toCharset, bool throwing);
 
-}  // namespace zo::kel::osdep::detail
+}  // namespace zo::kel::osdep::internal

@@ -24,7 +24,7 @@ unsigned char* SerializeUtf16::SerializeAsUtf16(const WideString& text, unsigned
     if (text.empty()) return out;
     if (!out || outEnd < out) ZO_THROW(exception::InvalidArgument);
     unsigned char* written = outEnd;
-    detail::IConv(text.begin(), text.end(), kWideCharset, out, written, kUtf16Charset, true);
+    internal::IConv(text.begin(), text.end(), kWideCharset, out, written, kUtf16Charset, true);
     return written;
 }
 
@@ -35,7 +35,7 @@ WideString SerializeUtf16::DeserializeFromUtf16(const unsigned char* first, cons
     // Every character takes at least one 16-bit unit, so this is an upper bound.
     WideString text(NumericCast<unsigned int>(byteCount / 2), L'\0');
     wchar_t* written = text.end();
-    detail::IConv(first, last, kUtf16Charset, text.begin(), written, kWideCharset, true);
+    internal::IConv(first, last, kUtf16Charset, text.begin(), written, kWideCharset, true);
     text.resize(static_cast<unsigned int>(written - text.begin()));
     return text;
 }

@@ -12,6 +12,7 @@
 
 #include "zo/kel/Utf8.h"
 #include "zo/kel/osdep/CharacterAttributes.h"
+#include "zo/kel/osdep/StringCompareInternal.h"
 
 namespace zo::kel::osdep {
 
@@ -193,9 +194,9 @@ int StringExactCompare(const wchar_t* a, const wchar_t* b) noexcept {
     return StringExactCompare(a, TerminatorOf(a), b, TerminatorOf(b));
 }
 
-int Utf8StringCompareInternal(const unsigned char* aFirst, const unsigned char* aLast, const unsigned char* bFirst,
-                              const unsigned char* bLast, bool caseSensitive,
-                              const CharacterAttributes<wchar_t>* attributes) {
+int internal::Utf8StringCompareInternal(const unsigned char* aFirst, const unsigned char* aLast,
+                                        const unsigned char* bFirst, const unsigned char* bLast, bool caseSensitive,
+                                        const CharacterAttributes<wchar_t>* attributes) {
     const auto fold = [&](wchar_t c) -> std::int64_t {
         if (caseSensitive) return c;
         return attributes ? attributes->toUpper(c) : static_cast<std::int32_t>(std::towupper(static_cast<wint_t>(c)));
@@ -215,12 +216,12 @@ int Utf8StringCompareInternal(const unsigned char* aFirst, const unsigned char* 
 
 int Utf8StringCaseInsensitiveCompare(const unsigned char* aFirst, const unsigned char* aLast,
                                      const unsigned char* bFirst, const unsigned char* bLast) {
-    return Utf8StringCompareInternal(aFirst, aLast, bFirst, bLast, false, nullptr);
+    return internal::Utf8StringCompareInternal(aFirst, aLast, bFirst, bLast, false, nullptr);
 }
 
 int Utf8StringExactCompare(const unsigned char* aFirst, const unsigned char* aLast, const unsigned char* bFirst,
                            const unsigned char* bLast) {
-    return Utf8StringCompareInternal(aFirst, aLast, bFirst, bLast, true, nullptr);
+    return internal::Utf8StringCompareInternal(aFirst, aLast, bFirst, bLast, true, nullptr);
 }
 
 }  // namespace zo::kel::osdep

@@ -10,9 +10,6 @@
 
 namespace zo::kel::osdep {
 
-template <typename Char>
-class CharacterAttributes;
-
 QKDYNAM_API int StringCaseCompare(const char* a, const char* b) noexcept;
 QKDYNAM_API int StringCaseCompare(const char* aFirst, const char* aLast, const char* bFirst,
                                   const char* bLast) noexcept;
@@ -33,10 +30,5 @@ QKDYNAM_API int Utf8StringCaseInsensitiveCompare(const unsigned char* aFirst, co
                                                  const unsigned char* bFirst, const unsigned char* bLast);
 QKDYNAM_API int Utf8StringExactCompare(const unsigned char* aFirst, const unsigned char* aLast,
                                        const unsigned char* bFirst, const unsigned char* bLast);
-// The routine under both: upper-cases with `attributes` when given, else
-// with the current locale.
-QKDYNAM_API int Utf8StringCompareInternal(const unsigned char* aFirst, const unsigned char* aLast,
-                                          const unsigned char* bFirst, const unsigned char* bLast,
-                                          bool caseSensitive, const CharacterAttributes<wchar_t>* attributes);
 
 }  // namespace zo::kel::osdep

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "zo/kel/osdep/AssertionInternal.h"
+
 namespace {
 
 using namespace zo::kel::osdep;
@@ -42,7 +44,7 @@ TEST(Assertion, StandardErrorLineEndsWithBel) {
 }
 
 TEST(Assertion, ReleaseAssertionsAreSilentUnlessSwitchedOn) {
-    ASSERT_FALSE(ReleaseAssertionsShown());
+    ASSERT_FALSE(internal::ReleaseAssertionsShown());
     EXPECT_EQ(StderrOf(OutputReleaseAssertion, "ok", "bad"), "");
 }
 

@@ -8,6 +8,7 @@
 
 #include "zo/kel/Exception.h"
 #include "zo/kel/osdep/CharacterAttributes.h"
+#include "zo/kel/osdep/StringCompareInternal.h"
 
 namespace {
 
@@ -67,7 +68,7 @@ TEST(StringCompare, Utf8DecodesCharacters) {
     EXPECT_EQ(Utf8StringExactCompare(upper, upper + 5, lower, lower + 5), 0xC9 - 0xE9);
     EXPECT_EQ(Utf8StringExactCompare(lower, lower + 5, longer, longer + 7), -2);
     const CharacterAttributes<wchar_t> utf8("C.UTF-8");
-    EXPECT_EQ(Utf8StringCompareInternal(upper, upper + 5, lower, lower + 5, false, &utf8), 0);
+    EXPECT_EQ(internal::Utf8StringCompareInternal(upper, upper + 5, lower, lower + 5, false, &utf8), 0);
     const auto* bad = reinterpret_cast<const unsigned char*>("\xC3");
     EXPECT_THROW(Utf8StringCaseInsensitiveCompare(bad, bad + 1, lower, lower + 5),
                  zo::kel::exception::InvalidSequence);

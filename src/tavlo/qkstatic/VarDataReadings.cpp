@@ -1,23 +1,15 @@
 // How a VarData reads as a truth value, a number, an integer and a bit
-// pattern, and how two values are ordered (the order of dictionary keys).
+// pattern, and the bit-array operators built on those readings.
 #include <bit>
 #include <cmath>
 #include <limits>
 #include <utility>
 
-#include "tavlo/qkdynamic/AnsiGuts.h"
 #include "tavlo/qkstatic/TimeEncodings.h"
 #include "tavlo/qkstatic/vardata.h"
 #include "zo/kel/TruncateToInt64.h"
 
-namespace {
-
-template <class Unsigned>
-std::int32_t UnsignedOrder(Unsigned a, Unsigned b) {
-    return a < b ? -1 : (a > b ? 1 : 0);
-}
-
-}  // namespace
+using zo::kel::internal::TruncateToInt64;
 
 VarData::operator bool() const {
     if (hasPayloadFlag()) return holdsGuts() && static_cast<bool>(*guts());
@@ -46,12 +38,12 @@ VarData::operator double() const {
 // give what the processor's conversion gives (the "integer indefinite" for
 // 32- and 64-bit signed results, the low bits for the narrower unsigned ones).
 VarData::operator int() const {
-    const std::int64_t whole = zo::kel::TruncateToInt64(static_cast<double>(*this));
+    const std::int64_t whole = TruncateToInt64(static_cast<double>(*this));
     return std::in_range<int>(whole) ? static_cast<int>(whole) : std::numeric_limits<int>::min();
 }
 
 VarData::operator unsigned int() const {
-    return static_cast<unsigned int>(zo::kel::TruncateToInt64(static_cast<double>(*this)));
+    return static_cast<unsigned int>(TruncateToInt64(static_cast<double>(*this)));
 }
 
 VarData::operator char() const { return static_cast<char>(static_cast<int>(*this)); }
@@ -59,34 +51,8 @@ VarData::operator char() const { return static_cast<char>(static_cast<int>(*this
 VarData::operator unsigned long() const {
     constexpr double kTwoTo63 = 9223372036854775808.0;
     const double value = static_cast<double>(*this);
-    if (value >= kTwoTo63) return static_cast<unsigned long>(zo::kel::TruncateToInt64(value - kTwoTo63)) + (1ul << 63);
-    return static_cast<unsigned long>(zo::kel::TruncateToInt64(value));
-}
-
-std::int32_t VarData::Compare(const VarData& other) const {
-    const std::int32_t a = vardata_type::TagOf(type_);
-    const std::int32_t b = vardata_type::TagOf(other.type_);
-    if (a != b) return a - b;
-    if (hasPayloadFlag()) {
-        if (payload_ == other.payload_) return 0;
-        if (payload_ == 0 || other.payload_ == 0) return UnsignedOrder(payload_, other.payload_);
-        // Dictionary keys are mostly texts: theirs is the one order worth a shortcut.
-        if (tag() == VarDataType::Ansi) return AnsiGuts::CompareTexts(guts(), other.guts());
-        return guts()->Compare(other.guts());
-    }
-    switch (tag()) {
-        case VarDataType::Undefined:
-        case VarDataType::Empty:
-        case VarDataType::Break:
-        case VarDataType::Pulse: return 0;
-        case VarDataType::Logical:
-            return static_cast<std::int32_t>(payload_ & 0xFF) - static_cast<std::int32_t>(other.payload_ & 0xFF);
-        case VarDataType::Numeric: {
-            const double difference = number() - other.number();
-            return difference < 0.0 ? -1 : (difference > 0.0 ? 1 : 0);  // NaN is equal to everything
-        }
-        default: return UnsignedOrder(payload_, other.payload_);
-    }
+    if (value >= kTwoTo63) return static_cast<unsigned long>(TruncateToInt64(value - kTwoTo63)) + (1ul << 63);
+    return static_cast<unsigned long>(TruncateToInt64(value));
 }
 
 // --- Bit arrays ------------------------------------------------------------------

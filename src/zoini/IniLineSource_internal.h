@@ -1,8 +1,8 @@
 /* zoini line sources: a stream read in chunks of 2084 bytes, or a memory
  * block, split into lines for IniRead. A source borrows its stream or bytes,
  * which must outlive it; it owns nothing and needs no disposal. */
-#ifndef ZOINI_ZOINI_LINE_SOURCE_H
-#define ZOINI_ZOINI_LINE_SOURCE_H
+#ifndef ZOINI_INILINESOURCE_INTERNAL_H
+#define ZOINI_INILINESOURCE_INTERNAL_H
 
 #include <stddef.h>
 #include <stdio.h>

@@ -2,7 +2,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "zoini/zoini_internal.h"
+#include "zoini/IniDocument_internal.h"
 
 void* zoini_ListGetItem(const zoini_List* list, int position) {
     if (position < 1 || position > list->count) return NULL;

@@ -6,7 +6,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "zoini/zoini_internal.h"
+#include "zoini/IniDocument_internal.h"
 
 /* Below this many records a scan is cheaper than an index. */
 enum { kIndexThreshold = 8 };

@@ -1,8 +1,8 @@
 /* zoini internals: the document, section and item records, the pointer lists
  * that keep them in file order and the hash indexes that find them by name.
  * Records own their strings; a list owns nothing (its users free records). */
-#ifndef ZOINI_ZOINI_INTERNAL_H
-#define ZOINI_ZOINI_INTERNAL_H
+#ifndef ZOINI_INIDOCUMENT_INTERNAL_H
+#define ZOINI_INIDOCUMENT_INTERNAL_H
 
 #include <stddef.h>
 #include <stdint.h>
