@@ -366,14 +366,14 @@ void STRING_BASE::swap(StringBase& other) noexcept {
 
 // ---- appending ---------------------------------------------------------
 
+// Called by the inline append only for what its fast path refuses: no text,
+// no characters, or more characters than the room left.
 STRING_BASE_TEMPLATE
 STRING_BASE& STRING_BASE::appendGrowing(const Char* text, unsigned int count) {
     if (!text || count == 0) return *this;
-    if (static_cast<std::size_t>(capacityEnd_ - end_) < count) {
-        const bool fromOwnBegin = text == begin_;
-        grow((SafeInteger<unsigned int>(length()) + count).get());
-        if (fromOwnBegin) text = begin_;
-    }
+    const bool fromOwnBegin = text == begin_;
+    grow((SafeInteger<unsigned int>(length()) + count).get());
+    if (fromOwnBegin) text = begin_;
     std::memmove(end_, text, count * sizeof(Char));
     setLength(length() + count);
     return *this;
