@@ -1,8 +1,14 @@
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
+#include <string>
 
 #include "zoini/IniTestSupport.h"
 
@@ -28,6 +34,7 @@ protected:
 TEST_F(IniFile, ReadFromFileResults) {
     EXPECT_EQ(IniReadFromFile(doc.get(), nullptr), kIniErrInvalidArgument);
     EXPECT_EQ(IniReadFromFile(doc.get(), (scratch / "missing.ini").c_str()), kIniErrInvalidArgument);
+    EXPECT_EQ(IniReadFromFile(doc.get(), (path / "child.ini").c_str()), kIniErrInvalidArgument);  // through a file
     EXPECT_EQ(IniReadFromFilePtr(doc.get(), nullptr), kIniErrInvalidArgument);
     EXPECT_EQ(IniReadFromFile(doc.get(), scratch.path().c_str()), kIniErrReadFailed);  // a directory
     EXPECT_EQ(IniIsFileNewer(doc.get()), kIniErrNoFile);
@@ -41,6 +48,47 @@ TEST_F(IniFile, ReadFromFileResults) {
     EXPECT_EQ(IniIsFileNewer(doc.get()), 1);
     fs::remove(path);
     EXPECT_EQ(IniIsFileNewer(doc.get()), kIniErrInvalidArgument);
+}
+
+// A file that is there but cannot be opened is told apart from a missing one.
+// A socket cannot be opened as a file, whoever runs the test.
+TEST_F(IniFile, PresentButUnopenableFile) {
+    const fs::path socketPath = scratch / "socket";
+    const int socketFd = socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_GE(socketFd, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(socketPath.native().size(), sizeof address.sun_path);
+    std::strcpy(address.sun_path, socketPath.c_str());
+    ASSERT_EQ(bind(socketFd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(IniReadFromFile(doc.get(), socketPath.c_str()), kIniErrCannotOpen);
+    close(socketFd);
+}
+
+// A stream whose reads fail once `good` bytes of INI text were delivered.
+struct FailingStream {
+    std::string good;
+    size_t offset = 0;
+};
+
+ssize_t ReadFailing(void* cookie, char* buffer, size_t size) {
+    auto* stream = static_cast<FailingStream*>(cookie);
+    if (stream->offset == stream->good.size()) return -1;
+    const size_t count = std::min(size, stream->good.size() - stream->offset);
+    std::memcpy(buffer, stream->good.data() + stream->offset, count);
+    stream->offset += count;
+    return static_cast<ssize_t>(count);
+}
+
+// A read error after the first bytes fails the read instead of keeping a
+// document cut short.
+TEST_F(IniFile, ReadErrorInsideTheStream) {
+    FailingStream source;
+    for (int i = 0; source.good.size() < 3000; ++i) source.good += "[S" + std::to_string(i) + "]\nkey = value\n";
+    FILE* stream = fopencookie(&source, "r", {ReadFailing, nullptr, nullptr, nullptr});
+    ASSERT_NE(stream, nullptr);
+    EXPECT_EQ(IniReadFromFilePtr(doc.get(), stream), kIniErrReadFailed);
+    std::fclose(stream);
 }
 
 TEST_F(IniFile, SafeSaveReplacesTheFileAndKeepsItsMode) {

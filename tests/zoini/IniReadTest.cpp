@@ -1,5 +1,6 @@
 #include <chrono>
 #include <cstdio>
+#include <utility>
 
 #include "zoini/IniTestSupport.h"
 
@@ -16,6 +17,12 @@ TEST(IniRead, ItemLinesAndSeparators) {
     doc = ParseText("[S]\nColon:Value\nBoth:=x\nEq=a:b\n", kIniReadColonSeparatorAndImplicitSection);
     ExpectRawValues(doc.get(), "S", {{"Colon", "Value"}, {"Both", "x"}, {"Eq", "a:b"}});
     EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), -1);
+
+    // A separator at the very end gives an empty value; one at the start, no name.
+    doc = ParseText("[S]\nEnd:\n = nameless\n", kIniReadColonSeparatorAndImplicitSection | kIniReadAllowEmptyValues);
+    EXPECT_EQ(IniNumberOfItems(doc.get(), "S"), 1);
+    EXPECT_TRUE(IniItemExists(doc.get(), "S", "End"));
+    EXPECT_EQ(IniLineOfFirstUnrecognizedLine(doc.get()), 3);
 }
 
 TEST(IniRead, SectionHeaders) {
@@ -102,6 +109,14 @@ TEST(IniRead, ContinuationItemsAreJoined) {
     EXPECT_EQ(IniLineOfItem(doc.get(), "S", "Text"), 2);
     EXPECT_EQ(IniNumberOfItems(doc.get(), "S"), 5);
     EXPECT_EQ(NthName(doc.get(), "S", 2), "after");
+
+    // Only " Line" and digits end a piece's name: these stay as they are.
+    doc = ParseText("[S]\n123=a\nx-=b\nChannel12=c\nTextLine0001=d\n");
+    ExpectRawValues(doc.get(), "S", {{"123", "a"}, {"x-", "b"}, {"Channel12", "c"}, {"TextLine0001", "d"}});
+    // A new first piece starts a new run; a repeated first piece replaces the earlier one.
+    doc = ParseText("[S]\nA Line0001=a\nA Line0002=b\nB Line0001=c\nB Line0001=C\nB Line0002=d\n");
+    ExpectRawValues(doc.get(), "S", {{"A", "ab"}, {"B", "Cd"}});
+    EXPECT_EQ(IniNumberOfItems(doc.get(), "S"), 2);
 }
 
 TEST(IniRead, ByteOrderMarks) {
@@ -109,6 +124,16 @@ TEST(IniRead, ByteOrderMarks) {
     for (const std::string& mark : {std::string("\xFF\xFE"), std::string("\xFE\xFF"), std::string("\xFF\xFE\0\0", 4), std::string("\0\0\xFE\xFF", 4)}) {
         EXPECT_EQ(ReadText(NewDocument().get(), mark + "[S]\na=1\n"), kIniErrUnsupportedEncoding);
     }
+    // Bytes that only begin like a mark are text: a first line of their own here.
+    for (const std::string& start :
+         {std::string("\xFF\xFF"), std::string("\xFF"), std::string("\xFE\xFE"), std::string("\xFE"),
+          std::string("\xEF\xBB\xBE"), std::string("\xEF\xBC"), std::string("\xEF"), std::string("\0\0\xFE\0", 4),
+          std::string("\0\0\0", 3), std::string("\0\x01", 2), std::string("\0", 1)}) {
+        Document doc = NewDocument();
+        EXPECT_EQ(ReadText(doc.get(), start + "\n[S]\na=1\n"), 0);
+        EXPECT_EQ(RawValue(doc.get(), "S", "a"), "1");
+    }
+    EXPECT_EQ(ReadText(NewDocument().get(), "x"), 0);  // too short for any mark
 }
 
 TEST(IniRead, LineBreaksAndLineNumbers) {
@@ -147,7 +172,54 @@ TEST(IniRead, LineSourcesMayDeliverPieces) {
     ASSERT_EQ(IniRead(doc.get(), Trickle, &source), 0);
     EXPECT_EQ(RawValue(doc.get(), "Section", "long name"), "some longer value");
     EXPECT_EQ(IniLineOfItem(doc.get(), "Section", "long name"), 2);
+}
+
+// A line source that fails in one of the ways a source can, after a first line.
+struct FaultySource {
+    enum Fault { Error, Overfull, Stalled } fault;
+    bool first = true;
+};
+
+int Faulty(void* context, char* buffer, int room, int* lineComplete, int* endOfInput, int* lineNumber) {
+    auto* source = static_cast<FaultySource*>(context);
+    *lineComplete = *endOfInput = 0;
+    *lineNumber = 1;
+    if (std::exchange(source->first, false)) {
+        std::snprintf(buffer, static_cast<size_t>(room), "[S]");
+        *lineComplete = 1;
+        return 3;
+    }
+    switch (source->fault) {
+        case FaultySource::Error: return kIniErrReadFailed;
+        case FaultySource::Overfull: return room;  // claims more than it may store
+        case FaultySource::Stalled: return 0;      // neither a line nor the end
+    }
+    return 0;
+}
+
+TEST(IniRead, FaultyLineSourcesFailTheRead) {
+    for (const auto& [fault, expected] : {std::pair{FaultySource::Error, int{kIniErrReadFailed}},
+                                          {FaultySource::Overfull, int{kIniErrInvalidArgument}},
+                                          {FaultySource::Stalled, int{kIniErrReadFailed}}}) {
+        FaultySource source{fault};
+        Document doc = NewDocument();
+        EXPECT_EQ(IniRead(doc.get(), Faulty, &source), expected) << fault;
+    }
+}
+
+TEST(IniRead, NullArgumentsAreRefused) {
+    Document doc = NewDocument();
+    FaultySource source{FaultySource::Error};
+    EXPECT_EQ(IniRead(nullptr, Faulty, &source), kIniErrInvalidArgument);
     EXPECT_EQ(IniRead(doc.get(), nullptr, nullptr), kIniErrInvalidArgument);
+    EXPECT_EQ(IniReadFromMemory(nullptr, "[S]", 3), kIniErrInvalidArgument);
+    EXPECT_EQ(IniReadFromMemory(doc.get(), nullptr, 3), kIniErrInvalidArgument);
+    EXPECT_EQ(IniReadFromFile(nullptr, "tavlo.ini"), kIniErrInvalidArgument);
+    EXPECT_EQ(IniReadFromFilePtr(nullptr, stdin), kIniErrInvalidArgument);
+    // No bytes at all is an empty document.
+    ASSERT_EQ(ReadText(doc.get(), "[S]\n"), 0);
+    EXPECT_EQ(IniReadFromMemory(doc.get(), nullptr, 0), 0);
+    EXPECT_EQ(IniNumberOfSections(doc.get()), 0);
 }
 
 TEST(IniRead, ReadingReplacesTheDocument) {

@@ -1,5 +1,7 @@
 #include <cmath>
 #include <cstdlib>
+#include <string>
+#include <tuple>
 #include <vector>
 
 #include "zoini/IniTestSupport.h"
@@ -14,14 +16,17 @@ TEST(IniValues, TypedPutsStoreTheirText) {
     // The results of the puts, in order (a braced list is evaluated left to right).
     EXPECT_EQ((std::vector{IniPutDouble(d, "S", "d", 0.5), IniPutInt(d, "S", "i", -42), IniPutUInt(d, "S", "u", 4294967295u),
                            IniPutBoolean(d, "S", "t", 7), IniPutBoolean(d, "S", "f", 0), IniPut(d, "S", "p", nullptr, 0),
-                           IniPut(d, "S", "q", "v", 'x'), IniPutRawString(d, "S", "r", "a\\tb")}),
-              (std::vector{1, 1, 1, 1, 1, 1, int{kIniErrInvalidArgument}, 1}));
+                           IniPut(d, "S", "q", "v", 'x'), IniPutRawString(d, "S", "r", "a\\tb"), IniPut(d, "S", "s", "v", '\''),
+                           IniPutString(d, "S", "n", nullptr)}),
+              (std::vector{1, 1, 1, 1, 1, 1, int{kIniErrInvalidArgument}, 1, 1, 1}));
     EXPECT_EQ(WriteText(doc.get()),
               "[S]\nd = 5.00000000000000e-01\ni = -42\nu = 4294967295\nt = True\nf = False\np = \n"
-              "r = \"a\\tb\"\n\n");
+              "r = \"a\\tb\"\ns = 'v'\nn = \"\"\n\n");
     EXPECT_EQ(IniLineOfSection(doc.get(), "S"), -1);
-    EXPECT_EQ((std::vector{IniPutInt(d, "", "i", 1), IniPutInt(d, "S", "", 1), IniPutInt(nullptr, "S", "i", 1)}),
-              (std::vector{int{kIniErrEmptyName}, int{kIniErrEmptyName}, int{kIniErrInvalidArgument}}));
+    EXPECT_EQ((std::vector{IniPutInt(d, "", "i", 1), IniPutInt(d, "S", "", 1), IniPutInt(nullptr, "S", "i", 1),
+                           IniPutInt(d, nullptr, "i", 1), IniPutInt(d, "S", nullptr, 1), IniPutString(d, "", "s", "v")}),
+              (std::vector{int{kIniErrEmptyName}, int{kIniErrEmptyName}, int{kIniErrInvalidArgument},
+                           int{kIniErrEmptyName}, int{kIniErrEmptyName}, int{kIniErrEmptyName}}));
 }
 
 TEST(IniValues, PutReplacesOnlyWithDuplicateChecking) {
@@ -52,6 +57,9 @@ TEST(IniValues, StringsAreEscapedAndUnescaped) {
     ASSERT_EQ(IniPut(doc.get(), "S", "odd", "a\\qb\\x4A\\x4a\\x4\\\"q\"\\", 0), 1);
     ASSERT_EQ(IniGetPointerToString(doc.get(), "S", "odd", &value), 1);
     EXPECT_STREQ(value, "aqbJJx4\"q\"");
+    ASSERT_EQ(IniPut(doc.get(), "S", "notHex", "\\x!1\\xg1\\x:1\\xG1\\x1G", 0), 1);
+    ASSERT_EQ(IniGetPointerToString(doc.get(), "S", "notHex", &value), 1);
+    EXPECT_STREQ(value, "x!1xg1x:1xG1x1G");
 
     // The scratch block grows for a long value and serves a short one after it.
     const std::string longValue(5000, 'a');
@@ -76,6 +84,47 @@ TEST(IniValues, MissingAndBlankItemsGiveZero) {
     EXPECT_EQ(number, 77);
     EXPECT_EQ(IniGetInt(doc.get(), "S", "x", &number), 1);
     EXPECT_EQ(IniLineOfLastAccess(doc.get()), 3);
+
+    // Every reader answers 0 for a missing item and leaves its output alone.
+    unsigned int unsignedNumber = 7;
+    double real = 7.0;
+    int truth = 7;
+    char* copy = nullptr;
+    char buffer[4] = "old";
+    EXPECT_EQ((std::vector{IniGetUInt(doc.get(), "S", "missing", &unsignedNumber),
+                           IniGetDouble(doc.get(), "S", "missing", &real),
+                           IniGetBoolean(doc.get(), "S", "missing", &truth),
+                           IniGetPointerToRawString(doc.get(), "S", "missing", &value),
+                           IniGetStringCopy(doc.get(), "S", "missing", &copy),
+                           IniGetRawStringIntoBuffer(doc.get(), "S", "missing", buffer, sizeof buffer)}),
+              std::vector(6, 0));
+    EXPECT_EQ(std::tuple(unsignedNumber, real, truth, copy, std::string(buffer)),
+              std::tuple(7u, 7.0, 7, static_cast<char*>(nullptr), std::string("old")));
+}
+
+// Null documents and null outputs are refused, not dereferenced.
+TEST(IniValues, NullArgumentsAreRefused) {
+    Document doc = ParseText("[S]\nx=1\n");
+    IniHandle d = doc.get();
+    const char* text = nullptr;
+    int number = 0;
+    unsigned int unsignedNumber = 0;
+    double real = 0;
+    char buffer[4];
+    for (IniHandle handle : {IniHandle{nullptr}, d}) {
+        const bool noDocument = handle == nullptr;
+        const auto pick = [&](auto* out) { return noDocument ? out : nullptr; };
+        EXPECT_EQ((std::vector{IniGetPointerToString(handle, "S", "x", pick(&text)),
+                               IniGetPointerToRawString(handle, "S", "x", pick(&text)),
+                               IniGetInt(handle, "S", "x", pick(&number)),
+                               IniGetUInt(handle, "S", "x", pick(&unsignedNumber)),
+                               IniGetDouble(handle, "S", "x", pick(&real)),
+                               IniGetBoolean(handle, "S", "x", pick(&number))}),
+                  std::vector(6, int{kIniErrInvalidArgument}))
+            << (noDocument ? "no document" : "no output");
+    }
+    EXPECT_EQ(IniGetStringCopy(d, "S", "x", nullptr), kIniErrInvalidArgument);
+    EXPECT_EQ(IniGetStringIntoBuffer(d, "S", "x", nullptr, sizeof buffer), kIniErrInvalidArgument);
 }
 
 // `text` put as an item and read back by `get` into a variable holding
@@ -106,7 +155,7 @@ TEST(IniValues, IntegerGrammar) {
         EXPECT_EQ(GetAs(IniGetInt, c.text), c.asInt) << c.text;
         EXPECT_EQ(GetAs(IniGetUInt, c.text), c.asUInt) << c.text;
     }
-    for (const char* text : {"4294967296", "12abc", "- 5", "5-", "+-5", "+", "0x10", "1 2"}) {
+    for (const char* text : {"4294967296", "12abc", "- 5", "5-", "+-5", "+", "0x10", "1 2", "x1"}) {
         EXPECT_EQ(GetAs(IniGetInt, text), std::make_pair(int{kIniErrBadInteger}, 0)) << text;
         EXPECT_EQ(GetAs(IniGetUInt, text), std::make_pair(int{kIniErrBadInteger}, 0u)) << text;
     }

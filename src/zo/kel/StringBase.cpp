@@ -27,6 +27,17 @@ constexpr std::uint32_t kLargestCount = 0xFFFFFFFFu;
 // The cap on a wide string's UTF-8 byte count, so that count + 4 fits 32 bits.
 constexpr unsigned int kWideFormByteLimit = 0xFFFFFFFBu;
 
+// The terminator every moved-from string points at: moving allocates nothing
+// and cannot throw. It is read-only, so nothing may write through it; the
+// block helpers below see it as "no block".
+template <typename Char>
+constexpr Char kSharedTerminator[1] = {};
+
+template <typename Char>
+Char* SharedTerminator() noexcept {
+    return const_cast<Char*>(kSharedTerminator<Char>);
+}
+
 template <typename Char>
 Char* AllocateSlots(unsigned int capacity) {
     return static_cast<Char*>(DLLMalloc((std::size_t{capacity} + 1) * sizeof(Char)));
@@ -150,7 +161,18 @@ void STRING_BASE::adopt(Char* block, unsigned int length, unsigned int capacity)
 STRING_BASE_TEMPLATE
 void STRING_BASE::setLength(unsigned int length) noexcept {
     end_ = begin_ + length;
-    *end_ = Char();
+    // The shared terminator (length 0) is already zero and must not be written.
+    if (begin_ != SharedTerminator<Char>()) *end_ = Char();
+}
+
+STRING_BASE_TEMPLATE
+Char* STRING_BASE::ownedBlock() const noexcept {
+    return begin_ == SharedTerminator<Char>() ? nullptr : begin_;
+}
+
+STRING_BASE_TEMPLATE
+void STRING_BASE::releaseToSharedTerminator() noexcept {
+    begin_ = end_ = capacityEnd_ = SharedTerminator<Char>();
 }
 
 // The lazy-shrink rule: a block stays while it is no more than twice the length.
@@ -165,17 +187,17 @@ void STRING_BASE::grow(unsigned int required) {
     Char* block = nullptr;
     unsigned int capacity = required;
     if (required < 0x80000000u) {
-        block = static_cast<Char*>(DLLReallocNoThrow(begin_, (2 * std::size_t{required} + 1) * sizeof(Char)));
+        block = static_cast<Char*>(DLLReallocNoThrow(ownedBlock(), (2 * std::size_t{required} + 1) * sizeof(Char)));
         if (block) capacity = 2 * required;
     }
-    if (!block) block = static_cast<Char*>(DLLRealloc(begin_, (std::size_t{required} + 1) * sizeof(Char)));
+    if (!block) block = static_cast<Char*>(DLLRealloc(ownedBlock(), (std::size_t{required} + 1) * sizeof(Char)));
     adopt(block, length, capacity);
 }
 
 STRING_BASE_TEMPLATE
 void STRING_BASE::reallocateExactly(unsigned int capacity) {
     const unsigned int length = std::min(this->length(), capacity);
-    auto* block = static_cast<Char*>(DLLRealloc(begin_, (std::size_t{capacity} + 1) * sizeof(Char)));
+    auto* block = static_cast<Char*>(DLLRealloc(ownedBlock(), (std::size_t{capacity} + 1) * sizeof(Char)));
     adopt(block, length, capacity);
 }
 
@@ -194,7 +216,7 @@ void STRING_BASE::assignCharacters(const Char* text, unsigned int count) {
     }
     Char* block = AllocateSlots<Char>(count);
     if (count) std::memcpy(block, text, count * sizeof(Char));
-    DLLFree(begin_);
+    DLLFree(ownedBlock());
     adopt(block, count, count);
 }
 
@@ -220,7 +242,10 @@ STRING_BASE_TEMPLATE
 STRING_BASE::StringBase(const StringBase& other) : StringBase(other.begin_, other.length()) {}
 
 STRING_BASE_TEMPLATE
-STRING_BASE::StringBase(StringBase&& other) : StringBase() { swap(other); }
+STRING_BASE::StringBase(StringBase&& other) noexcept
+    : begin_(other.begin_), end_(other.end_), capacityEnd_(other.capacityEnd_) {
+    other.releaseToSharedTerminator();
+}
 
 STRING_BASE_TEMPLATE
 STRING_BASE::StringBase(const StringBase& source, unsigned int pos, unsigned int count) {
@@ -284,7 +309,7 @@ STRING_BASE::StringBase(const unsigned char* bytes, const char* encodingName) {
     const auto* narrow = reinterpret_cast<const char*>(bytes);
     WideString wide = osdep::AnsiToWide(narrow, TextLength(narrow), encodingName);
     if constexpr (std::is_same_v<Char, wchar_t>) {
-        adopt(AllocateSlots<Char>(0), 0, 0);
+        releaseToSharedTerminator();
         swap(wide);
     } else {
         initializeConverted(wide.begin(), wide.end());
@@ -292,7 +317,7 @@ STRING_BASE::StringBase(const unsigned char* bytes, const char* encodingName) {
 }
 
 STRING_BASE_TEMPLATE
-STRING_BASE::~StringBase() { DLLFree(begin_); }
+STRING_BASE::~StringBase() { DLLFree(ownedBlock()); }
 
 // ---- assignment --------------------------------------------------------
 
@@ -304,7 +329,13 @@ STRING_BASE& STRING_BASE::operator=(const StringBase& other) {
 
 STRING_BASE_TEMPLATE
 STRING_BASE& STRING_BASE::operator=(StringBase&& other) noexcept {
-    swap(other);
+    if (this != &other) {
+        DLLFree(ownedBlock());
+        begin_ = other.begin_;
+        end_ = other.end_;
+        capacityEnd_ = other.capacityEnd_;
+        other.releaseToSharedTerminator();
+    }
     return *this;
 }
 
@@ -336,14 +367,14 @@ void STRING_BASE::swap(StringBase& other) noexcept {
 
 // ---- appending ---------------------------------------------------------
 
+// Called by the inline append only for what its fast path refuses: no text,
+// no characters, or more characters than the room left.
 STRING_BASE_TEMPLATE
 STRING_BASE& STRING_BASE::appendGrowing(const Char* text, unsigned int count) {
     if (!text || count == 0) return *this;
-    if (static_cast<std::size_t>(capacityEnd_ - end_) < count) {
-        const bool fromOwnBegin = text == begin_;
-        grow((SafeInteger<unsigned int>(length()) + count).get());
-        if (fromOwnBegin) text = begin_;
-    }
+    const bool fromOwnBegin = text == begin_;
+    grow((SafeInteger<unsigned int>(length()) + count).get());
+    if (fromOwnBegin) text = begin_;
     std::memmove(end_, text, count * sizeof(Char));
     setLength(length() + count);
     return *this;
@@ -548,9 +579,11 @@ STRING_BASE& STRING_BASE::erase(unsigned int pos, unsigned int count, BufferStra
     const unsigned int length = this->length();
     CheckOffset(pos, length);
     count = Clipped(count, length - pos);
-    // The tail moves down with its terminator.
-    std::memmove(begin_ + pos, begin_ + pos + count, (length - pos - count + 1) * sizeof(Char));
-    end_ -= count;
+    if (count != 0) {
+        // The tail moves down with its terminator (never the shared one: it has no tail).
+        std::memmove(begin_ + pos, begin_ + pos + count, (length - pos - count + 1) * sizeof(Char));
+        end_ -= count;
+    }
     applyStrategy(strategy);
     return *this;
 }
@@ -570,7 +603,11 @@ void STRING_BASE::replaceCharacters(unsigned int pos, unsigned int count, const 
     const std::uint64_t newLength = std::uint64_t{length} - count + textCount;
     if (newLength > kLargestCount) ZO_THROW(exception::BoundExceeded2, kResultTooLarge);
     if (newLength > capacity()) grow(static_cast<unsigned int>(newLength));
-    std::memmove(begin_ + pos + textCount, begin_ + pos + count, (length - pos - count + 1) * sizeof(Char));
+    // The tail (with its terminator) stays put when the lengths match, which
+    // also keeps the shared terminator unwritten.
+    if (textCount != count) {
+        std::memmove(begin_ + pos + textCount, begin_ + pos + count, (length - pos - count + 1) * sizeof(Char));
+    }
     if (textCount) std::memcpy(begin_ + pos, text, textCount * sizeof(Char));
     end_ = begin_ + newLength;
 }
@@ -665,7 +702,7 @@ void STRING_BASE::deserialize(const unsigned char*& cursor, const unsigned char*
         const unsigned int characters = GetUtf8StringLength(bytes, bytes + count);
         if (!keepsBlockFor(characters)) {
             Char* block = AllocateSlots<Char>(characters);
-            DLLFree(begin_);
+            DLLFree(ownedBlock());
             adopt(block, 0, characters);
         }
         Utf8ToWide(bytes, bytes + count, begin_, begin_ + characters);
@@ -686,7 +723,7 @@ void STRING_BASE::checkInvariants() const {
 STRING_BASE_TEMPLATE
 void STRING_BASE::freeString() {
     Char* block = AllocateSlots<Char>(0);
-    DLLFree(begin_);
+    DLLFree(ownedBlock());
     adopt(block, 0, 0);
 }
 

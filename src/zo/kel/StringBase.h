@@ -3,7 +3,9 @@
 // owns its block alone (copies are deep), is always zero-terminated, and counts
 // in unsigned 32-bit units with npos = 0xFFFFFFFF. Equality and ordering ignore
 // case: code that needs exact equality calls exactCompare. Failures throw the
-// zo::kel::exception family and leave the string valid.
+// zo::kel::exception family and leave the string valid. Moving neither
+// allocates nor throws: the source is left empty on a shared read-only
+// terminator, so write only inside [begin(), end()).
 #pragma once
 
 #include <cstddef>
@@ -56,7 +58,7 @@ public:
     // from other characters throw what the converter throws.
     StringBase();
     StringBase(const StringBase& other);
-    StringBase(StringBase&& other);  // leaves `other` empty
+    StringBase(StringBase&& other) noexcept;  // leaves `other` empty
     StringBase(const StringBase& source, unsigned int pos, unsigned int count = npos);
     StringBase(const StringBase& left, const StringBase& right);
     StringBase(const Char* text);
@@ -73,7 +75,7 @@ public:
 
     // Assignment.
     StringBase& operator=(const StringBase& other);
-    StringBase& operator=(StringBase&& other) noexcept;
+    StringBase& operator=(StringBase&& other) noexcept;  // leaves `other` empty
     StringBase& operator=(const Char* text);
     StringBase& operator=(const OtherChar* text);
     StringBase& assign(const Char* text, unsigned int count);
@@ -89,8 +91,9 @@ public:
     StringBase& append(const OtherString& text, unsigned int pos, unsigned int count);
     StringBase& append(const Char* text);
     StringBase& append(const Char* text, unsigned int count) {
-        // The fast path of the hot appends; growth happens out of line.
-        if (text && count <= static_cast<std::size_t>(capacityEnd_ - end_)) {
+        // The fast path of the hot appends; growth, and an empty append that
+        // must not write a shared terminator, are handled out of line.
+        if (text && count != 0 && count <= static_cast<std::size_t>(capacityEnd_ - end_)) {
             std::memmove(end_, text, count * sizeof(Char));
             end_ += count;
             *end_ = Char();
@@ -194,6 +197,9 @@ private:
     bool keepsBlockFor(unsigned int length) const noexcept;
     void adopt(Char* block, unsigned int length, unsigned int capacity) noexcept;
     void setLength(unsigned int length) noexcept;
+    // The block to reallocate or free: null while on the shared terminator.
+    Char* ownedBlock() const noexcept;
+    void releaseToSharedTerminator() noexcept;
     void grow(unsigned int required);
     StringBase& appendGrowing(const Char* text, unsigned int count);
     void reallocateExactly(unsigned int capacity);

@@ -54,14 +54,19 @@ TEST(VarDataText, TextsReadAsLogicalNumberOrTime) {
 
 TEST(VarDataText, ConversionToTextByTag) {
     EXPECT_EQ(Converted(Logical(false), VarDataType::Ansi).getAnsiString().exactCompare("off"), 0);
-    VarData id;
+    VarData id, wideId;
     id.setID64(0xABCDEFul);
+    wideId.setID64(0xFEDCBA9876543210ul);
     const unsigned char bytes[] = {'r', 'a', 'w'};
-    // A time count has no text of its own.
+    // A time count has no text of its own; the earliest time shows as nothing,
+    // a time too far out for the calendar as a notice.
     const std::pair<VarData, const wchar_t*> rows[] = {
-        {Logical(true), L"on"}, {id, L"0x0000000000ABCDEF"}, {VarData::bitArray(255), L"0x000000FF"},
-        {Num(1.5), L"1.5"}, {VarData(bytes, 3), L"raw"}, {VarData("narrow"), L"narrow"}, {Assigned(5L), L""},
-        {VarData(), L""}, {VarData(zo::kel::AbsTime::fromWords(std::numeric_limits<std::int64_t>::min(), 0)), L""}};
+        {Logical(true), L"on"}, {id, L"0x0000000000ABCDEF"}, {wideId, L"0xFEDCBA9876543210"},
+        {VarData::bitArray(255), L"0x000000FF"}, {VarData::bitArray(0xFFFFFFFFu), L"0xFFFFFFFF"},
+        {Num(1.5), L"1.5"}, {VarData(bytes, 3), L"raw"}, {VarData(bytes, 0), L""}, {VarData("narrow"), L"narrow"},
+        {Assigned(5L), L""}, {VarData(), L""},
+        {VarData(zo::kel::AbsTime::fromWords(std::numeric_limits<std::int64_t>::min(), 0)), L""},
+        {VarData(zo::kel::AbsTime::fromWords(std::int64_t{1} << 62, 0)), L"Unable to display time value"}};
     for (const auto& [value, text] : rows) EXPECT_EQ(Text(value), text) << value.GetType();
 }
 

@@ -91,6 +91,45 @@ TEST(AutoBuffer, CopiesShareUntilWritten) {
     EXPECT_EQ(target.Data(), nullptr);
 }
 
+// A buffer may own nothing (no storage) or storage without a block; both
+// read as empty and take writes like any other buffer.
+TEST(AutoBuffer, BuffersWithoutStorageOrBlock) {
+    AutoBuffer nothing;
+    const AutoBuffer copyOfNothing = nothing;
+    EXPECT_EQ(copyOfNothing.Data(), nullptr);
+    EXPECT_EQ(copyOfNothing.ShareCount(), 0);
+    EXPECT_EQ(nothing.WritableData(), nullptr);
+    nothing.Erase();
+    nothing.Free();
+    EXPECT_EQ(nothing.Data(), nullptr);
+
+    AutoBuffer noBlock(0u);
+    EXPECT_EQ(SizesOf(noBlock), Sizes(0, 0));
+    EXPECT_EQ(noBlock.ShareCount(), 1);
+    AutoBuffer sharer = noBlock;
+    sharer.Append("ab", 2);
+    noBlock = View("xyz");
+    EXPECT_EQ(std::pair(Contents(noBlock), Contents(sharer)), std::pair(ToBytes("xyz"), ToBytes("ab")));
+
+    // The private copy of a shared, still empty block keeps its capacity.
+    AutoBuffer reserved(16u);
+    AutoBuffer reservedSharer = reserved;
+    reservedSharer.Append("c", 1);
+    EXPECT_EQ(SizesOf(reservedSharer), Sizes(1, 16));
+    EXPECT_EQ(SizesOf(reserved), Sizes(0, 16));
+}
+
+// Writes of no bytes change nothing, and a shared buffer stays shared.
+TEST(AutoBuffer, EmptyWritesChangeNothing) {
+    const AutoBuffer source = FromText("abc");
+    AutoBuffer copy = source;
+    copy.Append(nullptr, 0);
+    copy.appendReverseByteOrder(nullptr, 0);
+    EXPECT_EQ(copy.ShareCount(), 2);
+    copy.Modify(3, nullptr, 0);  // unshares, writes nothing
+    EXPECT_EQ(std::pair(Contents(copy), Contents(source)), std::pair(ToBytes("abc"), ToBytes("abc")));
+}
+
 TEST(AutoBuffer, EveryWriteUnsharesFirst) {
     const AutoBuffer source = FromText("abcdef");
     const std::function<void(AutoBuffer&)> writes[] = {
@@ -193,6 +232,18 @@ TEST(AutoBuffer, LinearForm) {
     ExpectReadFails(keep, {0xFF, 0xFF, 0xFF, 0xFF, 'a', 'b', 'c', 'd'}, "zo/kel/BufferWrapper");
 }
 
+// Assignment copies the bytes, wherever they lie: a literal below the heap,
+// a local array above it.
+TEST(AutoBuffer, AssignmentCopiesTheBytes) {
+    AutoBuffer buffer = FromText("old contents");
+    unsigned char local[] = {'l', 'o', 'c'};
+    buffer = BufferWrapper(local, 3);
+    local[0] = 'X';
+    EXPECT_EQ(Contents(buffer), ToBytes("loc"));
+    buffer = View("literal");
+    EXPECT_EQ(Contents(buffer), ToBytes("literal"));
+}
+
 TEST(AutoBuffer, DeserializeFromItsOwnBytes) {
     const Bytes form{3, 0, 0, 0, 'a', 'b', 'c'};
     for (const bool shared : {true, false}) {
@@ -261,6 +312,22 @@ TEST(AutoBuffer, RingReadsRejectBadRingsAndCounts) {
     unsigned char* write = ring.data();
     EXPECT_THROW(FromText("abcde").circularSerialize(write, ring.data(), ring.data() + 8), BufferOverflow);
     EXPECT_THROW(FromText("").circularSerializeLength(write, ring.data(), ring.data() + 3), BufferOverflow);
+    unsigned char* outside = ring.data() + 8;
+    EXPECT_THROW(FromText("a").circularSerialize(outside, ring.data(), ring.data() + 8), BufferOverflow);
+    EXPECT_EQ(write, ring.data());
+    EXPECT_EQ(outside, ring.data() + 8);
+}
+
+// The count alone goes into the ring (wrapping like a record), so it needs
+// room for four bytes only; an empty buffer's record is that count.
+TEST(AutoBuffer, RingLengthAndEmptyRecord) {
+    Bytes ring(6);
+    unsigned char* cursor = ring.data() + 4;
+    FromText("abcdefghij").circularSerializeLength(cursor, ring.data(), ring.data() + 6);
+    EXPECT_EQ(ring, (Bytes{0, 0, 0, 0, 10, 0}));
+    EXPECT_EQ(cursor, ring.data() + 2);
+    EXPECT_EQ(RingWith("", 5, 3), std::pair(Bytes{0, 0, 0, 0, 0}, std::ptrdiff_t{2}));
+    EXPECT_EQ(RecordAt(Bytes{0, 0, 0, 0, 0}, 3), std::pair(AutoBuffer(), std::ptrdiff_t{2}));
 }
 
 TEST(AutoBuffer, SharedCopiesAcrossThreadsCountExactly) {

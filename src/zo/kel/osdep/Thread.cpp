@@ -93,24 +93,8 @@ Thread::Thread() {
 Thread::~Thread() { cleanup(); }
 
 void Thread::populatePriorityMap(std::optional<int> defaultPriority) {
-    const int min = sched_get_priority_min(policy_);
-    const int max = sched_get_priority_max(policy_);
-    int def = defaultPriority.value_or(min);
-    if (def < min || def > max) def = (min + max) / 2;
-
-    const bool roomBelow = def - min >= 2;
-    const bool roomAbove = max - def >= 2;
-    const std::array<int, kPriorityLevels> priorities = {
-        min,
-        min,
-        roomBelow ? (def + min) / 2 : min,
-        roomBelow ? def - 1 : min,
-        def,
-        roomAbove ? def + 1 : max,
-        roomAbove ? (max + def + 1) / 2 : max,
-        max,
-        max,
-    };
+    const std::array<int, kPriorityLevels> priorities =
+        detail::PriorityLevels(sched_get_priority_min(policy_), sched_get_priority_max(policy_), defaultPriority);
     for (int level = 0; level < kPriorityLevels; ++level) priorityMap_[level] = EncodeNative(policy_, priorities[level]);
 }
 
@@ -154,11 +138,9 @@ void Thread::setPriorityMapped(unsigned int level) {
 }
 
 unsigned int Thread::getPriorityMapped() const {
-    const int current = NativePriority(getPriorityNative());
-    for (int level = 0; level < kPriorityLevels; ++level) {
-        if (NativePriority(priorityMap_[level]) >= current) return static_cast<unsigned int>(level);
-    }
-    return kPriorityLevels - 1;
+    std::array<int, kPriorityLevels> priorities{};
+    for (int level = 0; level < kPriorityLevels; ++level) priorities[level] = NativePriority(priorityMap_[level]);
+    return detail::LevelOfPriority(priorities, NativePriority(getPriorityNative()));
 }
 
 void Thread::setPriorityNative(int policyAndPriority) {

@@ -69,4 +69,40 @@ private:
 // Names `thread` in debuggers (at most 15 characters are kept).
 QKDYNAM_API void ThreadSetDebugName(pthread_t thread, const char* name) noexcept;
 
+namespace detail {
+
+// The native priority of each level for a policy whose priorities run from
+// `min` to `max` and whose threads start at `def` (absent: `min`; outside the
+// bounds: their midpoint). Levels 0-1 are `min`, 4 is `def`, 7-8 are `max`;
+// 2-3 and 5-6 step between them, or stay at the bound when there is no room.
+constexpr std::array<int, Thread::kPriorityLevels> PriorityLevels(int min, int max, std::optional<int> def) noexcept {
+    int start = def.value_or(min);
+    if (start < min || start > max) start = (min + max) / 2;
+    const bool roomBelow = start - min >= 2;
+    const bool roomAbove = max - start >= 2;
+    return {
+        min,
+        min,
+        roomBelow ? (start + min) / 2 : min,
+        roomBelow ? start - 1 : min,
+        start,
+        roomAbove ? start + 1 : max,
+        roomAbove ? (max + start + 1) / 2 : max,
+        max,
+        max,
+    };
+}
+
+// The first level whose priority is at least `priority`; the highest level
+// when none is.
+constexpr unsigned int LevelOfPriority(const std::array<int, Thread::kPriorityLevels>& priorities,
+                                       int priority) noexcept {
+    for (unsigned int level = 0; level < priorities.size(); ++level) {
+        if (priorities[level] >= priority) return level;
+    }
+    return Thread::kPriorityLevels - 1;
+}
+
+}  // namespace detail
+
 }  // namespace zo::kel::osdep

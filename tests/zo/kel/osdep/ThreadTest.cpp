@@ -2,12 +2,17 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <functional>
+#include <optional>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "zo/kel/Exception.h"
 #include "zo/kel/osdep/Event.h"
@@ -17,6 +22,8 @@ namespace {
 
 using zo::kel::osdep::Event;
 using zo::kel::osdep::Thread;
+using zo::kel::osdep::detail::LevelOfPriority;
+using zo::kel::osdep::detail::PriorityLevels;
 
 constexpr unsigned int kPatienceMs = 10000;
 
@@ -82,26 +89,70 @@ TEST(Thread, WaitingFromInsideBodyNeitherDeadlocksNorJoins) {
     EXPECT_TRUE(returnedInside);
 }
 
-TEST(Thread, PriorityMapIsOrderedAndLevelsAreChecked) {
-    FunctionThread probe([](FunctionThread&) -> std::uint32_t { return 0; });
-    const auto& map = probe.priorityMap();
-    for (int level = 1; level < Thread::kPriorityLevels; ++level) {
-        EXPECT_LE(static_cast<std::int16_t>(map[level - 1] & 0xFFFF), static_cast<std::int16_t>(map[level] & 0xFFFF));
-        EXPECT_EQ(map[level] >> 16, map[0] >> 16) << "one policy for every level";
-    }
+using Levels = std::array<int, Thread::kPriorityLevels>;
 
+// Policies differ in their bounds: 0..0 for SCHED_OTHER, 1..99 for the
+// real-time ones, -20..19 like nice values.
+TEST(Thread, PriorityLevelsSpreadOverThePolicyBounds) {
+    const struct {
+        int min, max;
+        std::optional<int> start;
+        Levels expected;
+    } rows[] = {
+        {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {1, 99, std::nullopt, {1, 1, 1, 1, 1, 2, 50, 99, 99}},  // no default: the minimum
+        {1, 99, 50, {1, 1, 25, 49, 50, 51, 75, 99, 99}},
+        {-20, 19, 0, {-20, -20, -10, -1, 0, 1, 10, 19, 19}},
+        {-20, 19, 40, {-20, -20, -10, -1, 0, 1, 10, 19, 19}},  // out of bounds: the midpoint
+        {1, 99, 0, {1, 1, 25, 49, 50, 51, 75, 99, 99}},
+        {10, 13, 11, {10, 10, 10, 10, 11, 12, 12, 13, 13}},     // no room below
+        {1, 2, 2, {1, 1, 1, 1, 2, 2, 2, 2, 2}},                 // no room either side
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(PriorityLevels(row.min, row.max, row.start), row.expected) << row.min << ".." << row.max;
+    }
+    // Over many bounds and defaults: ordered, within the bounds, the bounds at
+    // both ends and the default in the middle.
+    for (int min = -20; min <= 5; ++min) {
+        for (int max = min; max <= min + 40; ++max) {
+            for (int start = min; start <= max; ++start) {
+                const Levels levels = PriorityLevels(min, max, start);
+                ASSERT_TRUE(std::ranges::is_sorted(levels)) << min << ".." << max << " from " << start;
+                ASSERT_EQ(std::tuple(levels[0], levels[4], levels[8]), std::tuple(min, start, max))
+                    << min << ".." << max << " from " << start;
+            }
+        }
+    }
+}
+
+TEST(Thread, LevelOfAPriorityIsTheFirstLevelReachingIt) {
+    const Levels levels = PriorityLevels(1, 99, 50);  // 1 1 25 49 50 51 75 99 99
+    const std::pair<int, unsigned int> rows[] = {{0, 0},  {1, 0},  {2, 2},  {25, 2}, {26, 3},
+                                                 {50, 4}, {51, 5}, {99, 7}, {100, 8}};
+    for (const auto& [priority, level] : rows) EXPECT_EQ(LevelOfPriority(levels, priority), level) << priority;
+}
+
+TEST(Thread, MappedLevelsSetTheNativePriority) {
     Event release(true, false);
     FunctionThread thread([&](FunctionThread&) -> std::uint32_t {
         release.wait(kPatienceMs);
         return 0;
     });
+    // Every level carries the policy of new threads and the level's priority
+    // for that policy's bounds.
+    const auto& map = thread.priorityMap();
+    const int policy = map[0] >> 16;
+    Levels priorities{};
+    for (int level = 0; level < Thread::kPriorityLevels; ++level) {
+        EXPECT_EQ(map[level] >> 16, policy) << level;
+        priorities[level] = static_cast<std::int16_t>(map[level] & 0xFFFF);
+    }
+    EXPECT_EQ(priorities, PriorityLevels(sched_get_priority_min(policy), sched_get_priority_max(policy), priorities[4]));
+
     thread.start();
     thread.setPriorityMapped(4);
     EXPECT_EQ(thread.getPriorityNative(), map[4]);
-    // The level read back is at most 4 and has level 4's native priority.
-    const unsigned int level = thread.getPriorityMapped();
-    EXPECT_LE(level, 4u);
-    EXPECT_EQ(static_cast<std::int16_t>(map[std::min(level, 4u)] & 0xFFFF), static_cast<std::int16_t>(map[4] & 0xFFFF));
+    EXPECT_EQ(thread.getPriorityMapped(), LevelOfPriority(priorities, priorities[4]));
     try {
         thread.setPriorityMapped(9);
         ADD_FAILURE() << "level 9 accepted";
