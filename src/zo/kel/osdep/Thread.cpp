@@ -94,7 +94,7 @@ Thread::~Thread() { cleanup(); }
 
 void Thread::populatePriorityMap(std::optional<int> defaultPriority) {
     const std::array<int, kPriorityLevels> priorities =
-        detail::PriorityLevels(sched_get_priority_min(policy_), sched_get_priority_max(policy_), defaultPriority);
+        internal::PriorityLevels(sched_get_priority_min(policy_), sched_get_priority_max(policy_), defaultPriority);
     for (int level = 0; level < kPriorityLevels; ++level) priorityMap_[level] = EncodeNative(policy_, priorities[level]);
 }
 
@@ -140,7 +140,7 @@ void Thread::setPriorityMapped(unsigned int level) {
 unsigned int Thread::getPriorityMapped() const {
     std::array<int, kPriorityLevels> priorities{};
     for (int level = 0; level < kPriorityLevels; ++level) priorities[level] = NativePriority(priorityMap_[level]);
-    return detail::LevelOfPriority(priorities, NativePriority(getPriorityNative()));
+    return internal::LevelOfPriority(priorities, NativePriority(getPriorityNative()));
 }
 
 void Thread::setPriorityNative(int policyAndPriority) {

@@ -69,7 +69,7 @@ private:
 // Names `thread` in debuggers (at most 15 characters are kept).
 QKDYNAM_API void ThreadSetDebugName(pthread_t thread, const char* name) noexcept;
 
-namespace detail {
+namespace internal {
 
 // The native priority of each level for a policy whose priorities run from
 // `min` to `max` and whose threads start at `def` (absent: `min`; outside the
@@ -103,6 +103,6 @@ constexpr unsigned int LevelOfPriority(const std::array<int, Thread::kPriorityLe
     return Thread::kPriorityLevels - 1;
 }
 
-}  // namespace detail
+}  // namespace internal
 
 }  // namespace zo::kel::osdep

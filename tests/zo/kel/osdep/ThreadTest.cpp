@@ -22,8 +22,8 @@ namespace {
 
 using zo::kel::osdep::Event;
 using zo::kel::osdep::Thread;
-using zo::kel::osdep::detail::LevelOfPriority;
-using zo::kel::osdep::detail::PriorityLevels;
+using zo::kel::osdep::internal::LevelOfPriority;
+using zo::kel::osdep::internal::PriorityLevels;
 
 constexpr unsigned int kPatienceMs = 10000;
 
