@@ -1,7 +1,9 @@
 // In-place conversion of a VarData to another tag, and the text of any value.
+#include <algorithm>
 #include <bit>
 #include <cstdlib>
 #include <memory>
+#include <variant>
 
 #include "tavlo/qkstatic/NumberToText.h"
 #include "tavlo/qkstatic/vardata.h"
@@ -18,18 +20,16 @@ namespace {
 // Days since 1899-12-30 to 1904-01-01, the epoch of absolute time.
 constexpr double kDaysTo1904 = 1462.0;
 constexpr double kSecondsPerDay = 86400.0;
-constexpr unsigned long kNumberTextSize = 32;
+constexpr int kNumberTextSize = 32;
 
 // The text of a value is made narrow or wide, whichever its source is; the
 // requested tag then decides the width.
-struct ValueText {
-    bool wide = false;
-    NarrowString narrow;
-    WideString wideText;
-};
+using ValueText = std::variant<NarrowString, WideString>;
 
-ValueText Narrow(NarrowString text) { return {false, std::move(text), {}}; }
-ValueText Wide(WideString text) { return {true, {}, std::move(text)}; }
+NarrowString Narrowed(NarrowString&& text) { return std::move(text); }
+NarrowString Narrowed(WideString&& text) { return NarrowString(text); }
+WideString Widened(NarrowString&& text) { return WideString(text); }
+WideString Widened(WideString&& text) { return std::move(text); }
 
 // "0x" and the digits, zero-padded to `digits`.
 NarrowString Hexadecimal(std::uint64_t value, unsigned int digits) {
@@ -43,8 +43,7 @@ NarrowString Hexadecimal(std::uint64_t value, unsigned int digits) {
 NarrowString NumberText(double number) {
     char buffer[kNumberTextSize];
     const int length = NumberToText0(0, buffer, sizeof buffer, number);
-    if (length <= 0) return NarrowString();
-    return NarrowString(buffer, std::min<unsigned int>(static_cast<unsigned int>(length), kNumberTextSize - 1));
+    return NarrowString(buffer, static_cast<unsigned int>(std::clamp<int>(length, 0, kNumberTextSize - 1)));
 }
 
 WideString AbsoluteTimeText(const zo::kel::AbsTime& time) {
@@ -65,36 +64,33 @@ WideString DictionaryString(const VarData& value) {
 
 // The text form of `value` as the conversion to Ansi or Unicode writes it.
 ValueText TextOf(const VarData& value) {
-    const auto tag = static_cast<VarDataType>(vardata_type::TagOf(value.GetType()));
-    switch (tag) {
-        case VarDataType::Logical: return Narrow(NarrowString(static_cast<bool>(value) ? "on" : "off"));
+    switch (static_cast<VarDataType>(vardata_type::TagOf(value.GetType()))) {
+        case VarDataType::Logical: return NarrowString(static_cast<bool>(value) ? "on" : "off");
         case VarDataType::ID64: {
             unsigned long id = 0;
             value.getID64(id);
-            return Narrow(Hexadecimal(id, 16));
+            return Hexadecimal(id, 16);
         }
         case VarDataType::Numeric: {
             unsigned int bits = 0;
-            if (value.getBitArray32(bits)) return Narrow(Hexadecimal(bits, 8));
-            return Narrow(NumberText(static_cast<double>(value)));
+            if (value.getBitArray32(bits)) return Hexadecimal(bits, 8);
+            return NumberText(static_cast<double>(value));
         }
-        case VarDataType::Ansi: return Narrow(value.getAnsiString());
-        case VarDataType::Unicode: return Wide(value.getString());
+        case VarDataType::Ansi: return value.getAnsiString();
+        case VarDataType::Unicode: return value.getString();
         case VarDataType::Raw: {
             const unsigned char* data = nullptr;
             unsigned int length = 0;
             value.GetRaw(data, length);
-            return Narrow(data ? NarrowString(reinterpret_cast<const char*>(data), length) : NarrowString());
+            return NarrowString(reinterpret_cast<const char*>(data), length);
         }
-        case VarDataType::Dictionary: return value.GetType() == Word(VarDataType::Dictionary) && value.getIDict()
-                                                 ? Wide(DictionaryString(value))
-                                                 : Wide(WideString());
+        case VarDataType::Dictionary: return value.getIDict() ? DictionaryString(value) : WideString();
         case VarDataType::AbsTimeValue: {
             zo::kel::AbsTime time;
-            return value.getAbsTime(time) ? Wide(AbsoluteTimeText(time)) : Wide(WideString());
+            return value.getAbsTime(time) ? AbsoluteTimeText(time) : WideString();
         }
-        case VarDataType::RelTimeValue: return Narrow(NumberText(static_cast<double>(value)));
-        default: return Narrow(NarrowString());  // no text form of its own
+        case VarDataType::RelTimeValue: return NumberText(static_cast<double>(value));
+        default: return NarrowString();  // no text form of its own
     }
 }
 
@@ -121,13 +117,11 @@ void VarData::Convert_(unsigned short target) {
             return;
         case VarDataType::RelTimeValue: setRelTime(zo::kel::RelTime(static_cast<double>(*this) * kSecondsPerDay)); return;
         case VarDataType::Ansi: {
-            ValueText text = TextOf(*this);
-            *this = VarData(text.wide ? NarrowString(text.wideText) : std::move(text.narrow));
+            *this = VarData(std::visit([](auto&& text) { return Narrowed(std::move(text)); }, TextOf(*this)));
             return;
         }
         case VarDataType::Unicode: {
-            ValueText text = TextOf(*this);
-            *this = VarData(text.wide ? std::move(text.wideText) : WideString(text.narrow));
+            *this = VarData(std::visit([](auto&& text) { return Widened(std::move(text)); }, TextOf(*this)));
             return;
         }
         default: return;  // no conversion to this tag

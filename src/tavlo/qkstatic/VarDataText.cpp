@@ -119,13 +119,13 @@ void VarData::setRelTime(const zo::kel::RelTime& time) {
 }
 
 bool VarData::getAbsTime(zo::kel::AbsTime& time) const {
-    if (type_ != Word(VarDataType::AbsTimeValue) || !holdsGuts()) return false;
+    if (tag() != VarDataType::AbsTimeValue || !holdsGuts()) return false;
     time = getISSTimeValue()->getAbsTime();
     return true;
 }
 
 bool VarData::getRelTime(zo::kel::RelTime& time) const {
-    if (type_ != Word(VarDataType::RelTimeValue) || !holdsGuts()) return false;
+    if (tag() != VarDataType::RelTimeValue || !holdsGuts()) return false;
     time = getISSTimeValue()->getRelTime();
     return true;
 }

@@ -118,6 +118,13 @@ TEST(VarDataTime, TimeValuesKeepTheirKind) {
     EXPECT_FALSE(static_cast<bool>(VarData(zo::kel::RelTime::fromWords(0, 0))));
     EXPECT_TRUE(static_cast<bool>(VarData(zo::kel::RelTime::fromWords(0, 1))));
     EXPECT_LT(span.Compare(VarData(zo::kel::RelTime::fromWords(0, 0))), 0);
+
+    // Only the tag in the low 16 bits decides, as for every other reader.
+    VarData marked;
+    marked.setISSTimeValue(0x0005100Fu, tSSTimeValue{absolute.fractionWord(), absolute.secondsWord()});
+    EXPECT_TRUE(marked.getAbsTime(readBack));
+    EXPECT_EQ(readBack, absolute);
+    EXPECT_EQ(marked.coerceToString(), VarData(absolute).coerceToString());
     EXPECT_GT(VarData(zo::kel::RelTime::fromWords(0, 0x8000000000000000ull))
                   .Compare(VarData(zo::kel::RelTime::fromWords(0, 0))),
               0);
