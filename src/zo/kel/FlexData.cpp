@@ -231,7 +231,7 @@ unsigned int FlexData::serializationSize() const noexcept { return packet_ ? get
 
 void FlexData::serialize(unsigned char*& cursor, const unsigned char* end) const {
     const unsigned int size = serializationSize();
-    if (byteform::Room(cursor, end) < size) ZO_THROW(exception::BufferOverflow);
+    if (byteform::Room(cursor, end) < size) byteform::ThrowBufferOverflow();
     if (packet_) {
         std::memcpy(cursor, packet_, size);
     } else {

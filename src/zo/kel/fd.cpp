@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "zo/kel/ByteForm.h"
 #include "zo/kel/Exception.h"
 #include "zo/kel/FlexData.h"
 #include "zo/kel/SafeInteger.h"
@@ -162,7 +163,7 @@ unsigned int DataSize(const unsigned char* md, const unsigned char* data, const 
 
 namespace internal {
 void ThrowShortPacket() { FD_MALFORMED("field runs past the end of the packet"); }
-void ThrowShortOutput() { ZO_THROW(exception::BufferOverflow); }
+void ThrowShortOutput() { byteform::ThrowBufferOverflow(); }
 }  // namespace internal
 
 // ---- Metadata

@@ -119,17 +119,26 @@ TEST(fdDataSize, ArraysClustersStringsAndNestedPackets) {
     EXPECT_EQ(GetDataSize(cluster.data(), cluster.data() + 16, End(cluster)), 10u);
     EXPECT_EQ(GetDataSize(cluster.data(), nullptr, End(cluster)), 6u);
 
-    const Bytes listMD = {0x05, 0x09};
-    const Bytes list = {0x00, 0x00, 0x02, 0x00, 0x01, 'x', 0x02, 'y', 'z'};
-    EXPECT_EQ(GetDataSize(listMD.data(), list.data(), End(list)), 9u);
-    const Bytes utf16MD = {0x00, 0x0A}, units32MD = {0x07, 0x0B}, nestedMD = {0x02, 0x09};
-    const Bytes count = {0x03, 0x00, 0x00, 0x00};
-    EXPECT_EQ(GetDataSize(utf16MD.data(), count.data(), End(count)), 10u);
-    EXPECT_EQ(GetDataSize(units32MD.data(), count.data(), End(count)), 16u);
-    ExpectMalformed([&] { GetDataSize(nestedMD.data(), count.data(), End(count)); });
-    EXPECT_EQ(GetDataSize(nestedMD.data(), nullptr, End(count)), 8u);
-    const Bytes fullCount = {0xFF, 0xFF, 0xFF, 0xFF};
-    EXPECT_THROW(GetDataSize(utf16MD.data(), fullCount.data(), End(fullCount)), OutOfRange);
+    // Type word, then data, in one block as in a packet.
+    const struct {
+        Bytes packet;
+        unsigned int size;
+    } kRows[] = {
+        {{0x05, 0x09, 0x00, 0x00, 0x02, 0x00, 0x01, 'x', 0x02, 'y', 'z'}, 9},  // short strings
+        {{0x00, 0x0A, 0x03, 0x00, 0x00, 0x00}, 10},                           // UTF-16 units
+        {{0x07, 0x0B, 0x03, 0x00, 0x00, 0x00}, 16},                           // 4-byte units
+        {{0x01, 0x09, 0x03, 0x00, 0x00, 0x00}, 7},                            // narrow, second kind
+        {{0x03, 0x09, 0x06, 0x00, 0x00, 0x00, 0x01, 0x00}, 6},                // nested packet
+        {{0x00, 0x0C, 0x03, 0x00, 0x00, 0x00}, 0},                            // unknown code
+    };
+    for (const auto& row : kRows) {
+        EXPECT_EQ(GetDataSize(row.packet.data(), row.packet.data() + 2, End(row.packet)), row.size);
+    }
+    const Bytes nested = {0x02, 0x09, 0x03, 0x00, 0x00, 0x00};
+    ExpectMalformed([&] { GetDataSize(nested.data(), nested.data() + 2, End(nested)); });
+    EXPECT_EQ(GetDataSize(nested.data(), nullptr, End(nested)), 8u);
+    const Bytes full = {0x00, 0x0A, 0xFF, 0xFF, 0xFF, 0xFF};
+    EXPECT_THROW(GetDataSize(full.data(), full.data() + 2, End(full)), OutOfRange);
 }
 
 // Element descriptor of an array nested `depth` times around an I32.
