@@ -140,8 +140,8 @@ unsigned int ArrayDataSize(const unsigned char* md, const unsigned char* data, c
     return static_cast<unsigned int>(element - data);
 }
 
-unsigned int DataSize(const unsigned char* md, const unsigned char* data, const unsigned char* end,
-                      unsigned int depth) {
+unsigned int DataSizeByCode(const unsigned char* md, const unsigned char* data, const unsigned char* end,
+                            unsigned int depth) {
     const std::uint16_t code = CodeOf(md, end);
     if (IsFixedSizeCode(code)) return GetDataSize(FlexType(code));
     if ((code == kArray || code == kCluster) && depth == 0) FD_MALFORMED("arrays and clusters nested too deep");
@@ -157,6 +157,14 @@ unsigned int DataSize(const unsigned char* md, const unsigned char* data, const 
         case 0x0B: return CountedSize(data, end, 4);
         default: return 0;
     }
+}
+
+// No element may claim every byte a 32-bit size can count.
+unsigned int DataSize(const unsigned char* md, const unsigned char* data, const unsigned char* end,
+                      unsigned int depth) {
+    const unsigned int size = DataSizeByCode(md, data, end, depth);
+    if (size == 0xFFFFFFFFu) FD_MALFORMED("data size of 0xFFFFFFFF");
+    return size;
 }
 
 }  // namespace

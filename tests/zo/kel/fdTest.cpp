@@ -137,6 +137,8 @@ TEST(fdDataSize, ArraysClustersStringsAndNestedPackets) {
     const Bytes nested = {0x02, 0x09, 0x03, 0x00, 0x00, 0x00};
     ExpectMalformed([&] { GetDataSize(nested.data(), nested.data() + 2, End(nested)); });
     EXPECT_EQ(GetDataSize(nested.data(), nullptr, End(nested)), 8u);
+    const Bytes everything = {0x02, 0x09, 0xFF, 0xFF, 0xFF, 0xFF};  // no element may claim 0xFFFFFFFF bytes
+    ExpectMalformed([&] { GetDataSize(everything.data(), everything.data() + 2, End(everything)); });
     const Bytes full = {0x00, 0x0A, 0xFF, 0xFF, 0xFF, 0xFF};
     EXPECT_THROW(GetDataSize(full.data(), full.data() + 2, End(full)), OutOfRange);
 }
