@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ struct Site {
     std::string file;
     unsigned int line = 0;
     bool operator==(const Site&) const = default;
+    friend void PrintTo(const Site& site, std::ostream* out) {
+        *out << std::hex << site.code << std::dec << " " << site.file << ":" << site.line;
+    }
 };
 
 inline Site SyntaxAt(unsigned int line) {

@@ -44,6 +44,13 @@ template <class Unit>
 class Stream {
 public:
     Stream(Unit* begin, Unit* end) : base_(begin), capacity_(begin && end > begin ? std::size_t(end - begin) : 0) {}
+    // Room for one later sequence element's record, as long as the first's:
+    // a record that does not fit is of another host type.
+    static Stream Scratch(std::vector<Unit>& room) {
+        Stream scratch(room.data(), room.data() + room.size());
+        scratch.scratch_ = true;
+        return scratch;
+    }
     static Stream Counting() {
         Stream tally(nullptr, nullptr);
         tally.capacity_ = std::numeric_limits<std::size_t>::max();
@@ -55,7 +62,7 @@ public:
     std::size_t at() const noexcept { return at_; }
     Unit* where(std::size_t offset) const noexcept { return base_ + offset; }
     void need(std::size_t count) const {
-        if (capacity_ - at_ < count) Overflow();
+        if (capacity_ - at_ < count) scratch_ ? Unable(602) : Overflow();
     }
     // Room for `count` units, filled later; returns where it starts.
     std::size_t skip(std::size_t count) {
@@ -72,6 +79,7 @@ private:
     std::size_t capacity_;
     std::size_t at_ = 0;
     bool counting_ = false;
+    bool scratch_ = false;
 };
 
 using Descriptor = Stream<unsigned short>;
@@ -275,8 +283,7 @@ void Writer::Array(const VarData& sequence, vek::DictionaryConversion conversion
             WriteNumber(*number, NumberOf(*element), data);
             continue;
         }
-        Descriptor other = descriptor.counting() ? Descriptor::Counting()
-                                                 : Descriptor(scratch.data(), scratch.data() + scratch.size());
+        Descriptor other = descriptor.counting() ? Descriptor::Counting() : Descriptor::Scratch(scratch);
         Record(*element, NarrowString(), conversion, other, data);
         // As many bytes as the first record has words: half of it. Kept so.
         if (!descriptor.counting() && std::memcmp(scratch.data(), descriptor.where(record), words) != 0) Unable(602);
