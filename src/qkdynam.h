@@ -54,7 +54,9 @@
 
 #include "tavlo/qkdynamic/PayloadFactories.h"
 #include "tavlo/qkstatic/ComInterfaces.h"
+#include "tavlo/qkstatic/GXVariantToVarData.h"
 #include "tavlo/qkstatic/VarDataExceptions.h"
 #include "tavlo/qkstatic/VarDataGuts.h"
+#include "tavlo/qkstatic/VarDataToGXVariant.h"
 #include "tavlo/qkstatic/VarDataType.h"
 #include "tavlo/qkstatic/vardata.h"

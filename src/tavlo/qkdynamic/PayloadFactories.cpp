@@ -8,6 +8,7 @@
 #include "tavlo/qkdynamic/RawGuts.h"
 #include "tavlo/qkdynamic/UnicodeGuts.h"
 #include "tavlo/qkdynamic/VarDataDictionary.h"
+#include "tavlo/qkdynamic/VarDataGXVariant.h"
 #include "tavlo/qkdynamic/VarDataSSTimeValue.h"
 #include "tavlo/qkdynamic/VectorGuts.h"
 #include "zo/kel/NumericCast.h"
@@ -37,3 +38,12 @@ IVarDataGuts* NewVectorGuts() { return new VectorGuts(); }
 IVarDataGuts* NewVarDataDictionary() { return new VarDataDictionary(); }
 
 IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value) { return new VarDataSSTimeValue(*value); }
+
+IVarDataGuts* NewVarDataGXVariant(const unsigned short* typeDescriptor, unsigned int typeCount,
+                                  const unsigned char* data, unsigned int dataLength) {
+    return new VarDataGXVariant(typeDescriptor, typeCount, data, dataLength);
+}
+
+IVarDataGuts* DeserializeVarDataGXVariant(const unsigned char*& cursor, const unsigned char* end) {
+    return VarDataGXVariant::Deserialize(cursor, end).release();
+}

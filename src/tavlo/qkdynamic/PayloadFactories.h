@@ -16,3 +16,9 @@ QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewAnsiGutsLen(const char* text, std:
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewUnicodeGuts(const wchar_t* text);
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewUnicodeGutsLen(const wchar_t* text, std::size_t length);
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataGXVariant(const unsigned short* typeDescriptor, unsigned int typeCount,
+                                                               const unsigned char* data, unsigned int dataLength);
+// Reads the body of a GXVariant record; the cursor moves past it only on
+// success. DeserializationError on short or inconsistent bytes.
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* DeserializeVarDataGXVariant(const unsigned char*& cursor,
+                                                                       const unsigned char* end);

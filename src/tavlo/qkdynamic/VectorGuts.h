@@ -24,6 +24,9 @@ public:
     unsigned int GetLength() const override;
     IVarDataSequence* Copy() const override;
 
+    // Read in place by writers that walk every element.
+    const std::vector<VarData>& elements() const noexcept { return elements_; }
+
 private:
     std::vector<VarData> elements_;
 };

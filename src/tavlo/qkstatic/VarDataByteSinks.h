@@ -28,6 +28,11 @@ public:
     void counted(const void*, unsigned int count) { size_ += Size(4u) + count; }
     void units16(const wchar_t*, unsigned int count) { size_ += Size(2u) * count; }
     void add(Size count) { size_ += count; }
+    // A body its payload writes itself.
+    template <class Payload>
+    void serialized(const Payload& payload) {
+        add(payload.serializationSize());
+    }
 
     Size size() const noexcept { return size_; }
 
@@ -68,6 +73,11 @@ public:
         }
         cursor_ += std::size_t{2} * count;
     }
+    // A body its payload writes itself, checking its own room.
+    template <class Payload>
+    void serialized(const Payload& payload) {
+        payload.serialize(cursor_, end_);
+    }
 
 private:
     unsigned char*& cursor_;
@@ -94,6 +104,12 @@ public:
         const unsigned char* at = cursor_;
         cursor_ += count;
         return at;
+    }
+    // A body its payload reads itself: `read(cursor, end)` moves the cursor
+    // past what it took.
+    template <class Read>
+    auto readBy(Read read) {
+        return read(cursor_, end_);
     }
 
 private:

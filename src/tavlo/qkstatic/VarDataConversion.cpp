@@ -100,6 +100,7 @@ void VarData::Convert_(unsigned short target) {
     const auto to = static_cast<VarDataType>(target);
     // Converting to its own tag keeps a value; only a number sheds its subtype.
     if (tag() == to && to != VarDataType::Numeric) return;
+    if (tag() == VarDataType::GXVariant && convertSelfToNativeType() && tag() == to) return;
     switch (to) {
         case VarDataType::Numeric:
             setInline(Word(VarDataType::Numeric), std::bit_cast<std::uint64_t>(static_cast<double>(*this)));

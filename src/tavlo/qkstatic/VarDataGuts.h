@@ -144,6 +144,22 @@ public:
     virtual IVarDataIterator* copy() const = 0;
 };
 
+// A host-language variant (tag GXVariant): the host's type descriptor in
+// 16-bit words and its flattened data, both held as received and never
+// interpreted. The pointers from `get` live as long as the object.
+class IVarDataGXVariant : public IVarDataGuts {
+public:
+    virtual void get(const unsigned short*& typeDescriptor, unsigned int& typeCount, const unsigned char*& data,
+                     unsigned int& dataLength) const = 0;
+    // 8 + 2n + m, saturating at 0xFFFFFFFF.
+    virtual unsigned int serializationSize() const = 0;
+    // Both halves in the vector byte form; BufferOverflow before any write.
+    virtual void serialize(unsigned char*& cursor, const unsigned char* end) const = 0;
+
+protected:
+    ~IVarDataGXVariant() = default;
+};
+
 // The 16-byte record of an absolute or relative time: the fraction word
 // (units of 2^-64 s), then the signed seconds word.
 struct tSSTimeValue {

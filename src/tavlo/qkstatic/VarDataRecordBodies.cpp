@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tavlo/qkdynamic/AnsiGuts.h"
+#include "tavlo/qkdynamic/PayloadFactories.h"
 #include "tavlo/qkdynamic/RecentTexts.h"
 #include "tavlo/qkdynamic/UnicodeGuts.h"
 #include "tavlo/qkdynamic/VarDataDictionary.h"
@@ -224,6 +225,26 @@ struct TimeBody {
     }
 };
 
+// Whatever the payload writes: its descriptor vector, then its data vector.
+struct GXVariantBody {
+    template <class Sink>
+    static void Write(const VarData& value, Sink& out, bool) {
+        const auto* variant = static_cast<const IVarDataGXVariant*>(VarDataCodec::Guts(value));
+        if (variant) return out.serialized(*variant);
+        // A value without a payload goes out as an empty descriptor and no data.
+        out.put(0u);
+        out.put(0u);
+    }
+    static VarData Read(std::uint32_t, ByteReader& in, bool, unsigned int) {
+        try {
+            return VarDataCodec::Adopt(Word(VarDataType::GXVariant), in.readBy(DeserializeVarDataGXVariant));
+        } catch (const zo::kel::exception::Exception&) {
+            // Whatever the payload's reader reports, the record is unreadable.
+            ZO_THROW(DeserializationError);
+        }
+    }
+};
+
 // Read only: three counts a, b, c, then a·b·c bytes (the product taken in
 // 32 bits, so one that wraps skips the wrapped count) that this layer does
 // not keep.
@@ -260,6 +281,7 @@ constexpr RecordCodec kCodecs[] = {
     Row<DictionaryBody>(VarDataType::Dictionary, kVariable, kVariable),
     Row<TimeBody>(VarDataType::AbsTimeValue, 16, 16),
     Row<TimeBody>(VarDataType::RelTimeValue, 16, 16),
+    Row<GXVariantBody>(VarDataType::GXVariant, kVariable, kVariable),
     Row<SequenceBody>(VarDataType::Sequence, kVariable, kVariable),
     {kSkippedBlockTag, kVariable, kVariable, nullptr, nullptr, &SkippedBlockBody::Read},
 };

@@ -62,6 +62,13 @@ public:
     static VarData unicode(const wchar_t* text, unsigned int length);  // counted text
     static VarData dict();      // a new empty Dictionary
     static VarData sequence();  // a new empty Sequence
+    // A host-language value (GXVariant): copies of the type descriptor (16-bit
+    // words) and of the flattened data. The range form counts the descriptor
+    // in words; lengths over 32 bits throw OutOfRange.
+    static VarData gxvar(const unsigned short* typeDescriptor, unsigned int typeCount, const unsigned char* data,
+                         unsigned int dataLength);
+    static VarData gxvar(const unsigned short* typeBegin, const unsigned short* typeEnd, const unsigned char* dataBegin,
+                         const unsigned char* dataEnd);
 
     // --- Setters; each releases the old payload object.
     VarData& operator=(const VarData& other);
@@ -104,6 +111,9 @@ public:
     zo::kel::WideString getString() const;        // Unicode
     unsigned int GetRaw() const;                  // Raw: the byte count
     void* getVoidPointer() const;
+    // GXVariant: the payload's descriptor and data, valid while the payload lives.
+    void getGXVariant(const unsigned short*& typeDescriptor, unsigned int& typeCount, const unsigned char*& data,
+                      unsigned int& dataLength) const;
     void throwIfWrongType(unsigned int tag) const;
 
     // Interface getters: the payload pointer as the named interface, without
@@ -112,6 +122,7 @@ public:
     IVarDataUnicode* getIUnicode() const noexcept { return static_cast<IVarDataUnicode*>(guts()); }
     IVarDataDictionary* getIDict() const noexcept { return static_cast<IVarDataDictionary*>(guts()); }
     IVarDataSSTimeValue* getISSTimeValue() const noexcept { return static_cast<IVarDataSSTimeValue*>(guts()); }
+    IVarDataGXVariant* getIGXVariant() const noexcept { return static_cast<IVarDataGXVariant*>(guts()); }
 
     // --- Queries.
     std::uint32_t GetType() const noexcept { return type_; }  // tag in the low 16 bits
@@ -141,8 +152,19 @@ public:
     std::int32_t Compare(const VarData& other) const;
     friend bool operator<(const VarData& a, const VarData& b) { return a.Compare(b) < 0; }
 
+    // --- Native type. A GXVariant becomes the ordinary value its host value
+    // converts to (vek::GXVariantToVarData with clusters as dictionaries and
+    // narrow strings); true when it converted. A host value that does not
+    // convert, and every other tag, stay as they are and give false.
+    bool convertSelfToNativeType();
+    // The same on a copy, which is returned; the OrDictionary form makes
+    // strings and dictionary keys Unicode when `wideStrings` is true.
+    VarData convertToNativeType() const;
+    VarData convertToNativeTypeOrDictionary(bool wideStrings) const;
+
     // --- Conversion in place to the nearest value of another tag; a target
-    // with no conversion leaves the value unchanged.
+    // with no conversion leaves the value unchanged. A GXVariant source is
+    // first made native (above), which ends it when that gives the tag asked for.
     void Convert_(unsigned short tag);
     void Convert_(VarDataType tag) { Convert_(static_cast<unsigned short>(tag)); }
     // The value as wide text; TypeErrorException when it has no text form.

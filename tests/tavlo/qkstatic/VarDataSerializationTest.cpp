@@ -46,6 +46,9 @@ struct Row {
     const Bytes& fullForm() const { return full.empty() ? compact : full; }
 };
 
+const unsigned short kHostBoolean[] = {4, 0x21};
+const unsigned char kHostTrue[] = {1};
+
 std::vector<Row> Rows() {
     VarData id, pointer, list = VarData::sequence(), dictionary = VarData::dict();
     id.setID64(0x1122334455667788ul);
@@ -76,6 +79,8 @@ std::vector<Row> Rows() {
                   'b', 3, 0, 0, 0},
                  DoubleBytes(2.0)}),
          {}},
+        {"GXVariant", VarData::gxvar(kHostBoolean, 2, kHostTrue, 1),
+         {0x12, 0x10, 0, 0, 2, 0, 0, 0, 4, 0, 0x21, 0, 1, 0, 0, 0, 1}, {}},
         {"AbsTime", VarData(zo::kel::AbsTime::fromWords(2, 0x8000000000000001ull)),
          {0x0F, 0x10, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0x80, 2, 0, 0, 0, 0, 0, 0, 0}, {}},
     };
@@ -266,6 +271,23 @@ TEST(VarDataSerialization, WritersCheckTheRoom) {
     text.SerializeWithoutSize(buffer, true);
     EXPECT_EQ(buffer.Len(), 3u + text.valueSerializationSize());
     EXPECT_EQ(std::memcmp(buffer.Data(), "xyz", 3), 0);
+}
+
+}  // namespace
+
+namespace {
+
+// A host-variant body the payload cannot read is an unreadable record like
+// any other: refused bare, skipped by its prefix in a stream.
+TEST(VarDataSerialization, UnreadableHostVariantBody) {
+    const Bytes claimsTooMuch = {0x12, 0x10, 0, 0, 9, 0, 0, 0, 4, 0};
+    ExpectUnreadable(claimsTooMuch);
+    const Bytes stream = Concat({{static_cast<unsigned char>(claimsTooMuch.size()), 0, 0, 0}, claimsTooMuch,
+                                 WithSize(VarData::num(3.0))});
+    const unsigned char* cursor = stream.data();
+    EXPECT_EQ(VarData::DeserializeWithSize(cursor, static_cast<unsigned int>(stream.size())).GetType(),
+              VarData().GetType());
+    EXPECT_EQ(static_cast<double>(VarData::DeserializeWithSize(cursor, static_cast<unsigned int>(stream.data() + stream.size() - cursor))), 3.0);
 }
 
 }  // namespace
