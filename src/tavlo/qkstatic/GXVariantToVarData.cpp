@@ -46,19 +46,35 @@ VarData Text(const char* bytes, unsigned int length, bool wide) {
     return VarData::ansi(bytes, length);
 }
 
-double ReadNumber(const NumberCode& number, const unsigned char* at) {
-    switch (number.form) {
-        case NumberForm::Int8: return static_cast<std::int8_t>(at[0]);
-        case NumberForm::Int16: return static_cast<std::int16_t>(LoadBig16(at));
-        case NumberForm::Int32: return static_cast<std::int32_t>(LoadBig32(at));
-        case NumberForm::UInt8: return at[0];
-        case NumberForm::UInt16: return LoadBig16(at);
-        case NumberForm::UInt32: return LoadBig32(at);
-        case NumberForm::Float32: return std::bit_cast<float>(LoadBig32(at));
-        case NumberForm::Float64: return std::bit_cast<double>(LoadBig64(at));
+// `count` numbers of `number`'s form from the big-endian bytes at `in`, each
+// handed to `emit` as a VarData of `number`'s subtype: one loop per form, so
+// a run of numbers costs one dispatch.
+template <class Emit, class Load>
+void LoadEach(const NumberCode& number, const unsigned char* in, std::uint32_t count, Emit& emit, Load load) {
+    const std::uint32_t type = static_cast<std::uint32_t>(number.subtype) << 16 | vardata_type::Word(VarDataType::Numeric);
+    for (std::uint32_t i = 0; i < count; ++i, in += number.bytes) {
+        emit(internal::VarDataCodec::Inline(type, std::bit_cast<std::uint64_t>(static_cast<double>(load(in)))));
     }
-    return 0.0;
 }
+
+template <class Emit>
+void ReadNumbers(const NumberCode& number, const unsigned char* in, std::uint32_t count, Emit emit) {
+    switch (number.form) {
+        case NumberForm::Int8: return LoadEach(number, in, count, emit, [](auto at) { return std::int8_t(at[0]); });
+        case NumberForm::Int16:
+            return LoadEach(number, in, count, emit, [](auto at) { return std::int16_t(LoadBig16(at)); });
+        case NumberForm::Int32:
+            return LoadEach(number, in, count, emit, [](auto at) { return std::int32_t(LoadBig32(at)); });
+        case NumberForm::UInt8: return LoadEach(number, in, count, emit, [](auto at) { return at[0]; });
+        case NumberForm::UInt16: return LoadEach(number, in, count, emit, [](auto at) { return LoadBig16(at); });
+        case NumberForm::UInt32: return LoadEach(number, in, count, emit, [](auto at) { return LoadBig32(at); });
+        case NumberForm::Float32:
+            return LoadEach(number, in, count, emit, [](auto at) { return std::bit_cast<float>(LoadBig32(at)); });
+        case NumberForm::Float64:
+            return LoadEach(number, in, count, emit, [](auto at) { return std::bit_cast<double>(LoadBig64(at)); });
+    }
+}
+
 
 class Reader {
 public:
@@ -156,7 +172,7 @@ VarData Reader::Value(const unsigned short*& descriptor, const unsigned short* d
             const NumberCode* number = FindNumberCode(code);
             if (!number) Unable(449);
             CheckLength(in, dataEnd, number->bytes);
-            value = VarData::num(ReadNumber(*number, in), number->subtype);
+            ReadNumbers(*number, in, 1, [&](const VarData& read) { value = read; });
             in += number->bytes;
         }
     }
@@ -206,9 +222,8 @@ VarData Reader::Array(const unsigned short*& at, const unsigned short* end, cons
             if (elementRecord[0] == 4 && (number = FindNumberCode(elementRecord[1])) != nullptr) {
                 // A bare number (no name, no further words): the same reading without the walk.
                 CheckLength(in, dataEnd, std::size_t{number->bytes} * (count - 1));
-                for (std::uint32_t i = 1; i < count; ++i, in += number->bytes) {
-                    elements.push_back(VarData::num(ReadNumber(*number, in), number->subtype));
-                }
+                ReadNumbers(*number, in, count - 1, [&](const VarData& read) { elements.push_back(read); });
+                in += std::size_t{number->bytes} * (count - 1);
             } else {
                 for (std::uint32_t i = 1; i < count; ++i) {
                     const unsigned short* element = elementRecord;

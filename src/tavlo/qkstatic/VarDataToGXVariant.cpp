@@ -128,25 +128,52 @@ const NumberCode& NumberCodeOf(std::uint32_t typeWord) {
     Unable(511);
 }
 
-void WriteNumber(const NumberCode& number, double value, Data& data) {
-    switch (number.form) {
+double NumberOf(const VarData& value) noexcept {
+    return std::bit_cast<double>(internal::VarDataCodec::Payload(value));
+}
+
+// Big-endian bytes of each value in [first, last), `bytes` apart from `out`:
+// one loop per form, so a run of numbers costs one dispatch.
+template <class Store>
+void StoreEach(const VarData* first, const VarData* last, unsigned char* out, std::size_t bytes, Store store) {
+    for (; first != last; ++first, out += bytes) store(out, NumberOf(*first));
+}
+
+void StoreNumbers(NumberForm form, const VarData* first, const VarData* last, unsigned char* out) {
+    switch (form) {
         case NumberForm::Int8:
-        case NumberForm::UInt8: {
-            const auto byte = static_cast<unsigned char>(TruncateToInt32(value));
-            return data.bytes(&byte, 1);
-        }
+        case NumberForm::UInt8:
+            return StoreEach(first, last, out, 1, [](unsigned char* at, double value) {
+                *at = static_cast<unsigned char>(TruncateToInt32(value));
+            });
         case NumberForm::Int16:
-        case NumberForm::UInt16: return data.big16(static_cast<std::uint16_t>(TruncateToInt32(value)));
-        case NumberForm::Int32: return data.big32(static_cast<std::uint32_t>(TruncateToInt32(value)));
+        case NumberForm::UInt16:
+            return StoreEach(first, last, out, 2, [](unsigned char* at, double value) {
+                StoreBig16(at, static_cast<std::uint16_t>(TruncateToInt32(value)));
+            });
+        case NumberForm::Int32:
+            return StoreEach(first, last, out, 4, [](unsigned char* at, double value) {
+                StoreBig32(at, static_cast<std::uint32_t>(TruncateToInt32(value)));
+            });
         case NumberForm::UInt32:
-            return data.big32(static_cast<std::uint32_t>(zo::kel::internal::TruncateToInt64(value)));
-        case NumberForm::Float32: return data.big32(std::bit_cast<std::uint32_t>(ToSingle(value)));
-        case NumberForm::Float64: return data.big64(std::bit_cast<std::uint64_t>(value));
+            return StoreEach(first, last, out, 4, [](unsigned char* at, double value) {
+                StoreBig32(at, static_cast<std::uint32_t>(zo::kel::internal::TruncateToInt64(value)));
+            });
+        case NumberForm::Float32:
+            return StoreEach(first, last, out, 4, [](unsigned char* at, double value) {
+                StoreBig32(at, std::bit_cast<std::uint32_t>(ToSingle(value)));
+            });
+        case NumberForm::Float64:
+            return StoreEach(first, last, out, 8, [](unsigned char* at, double value) {
+                StoreBig64(at, std::bit_cast<std::uint64_t>(value));
+            });
     }
 }
 
-double NumberOf(const VarData& value) noexcept {
-    return std::bit_cast<double>(internal::VarDataCodec::Payload(value));
+// The values in [first, last), all of `number`'s type word, with one room check.
+void WriteNumbers(const NumberCode& number, const VarData* first, const VarData* last, Data& data) {
+    const std::size_t offset = data.skip(number.bytes * static_cast<std::size_t>(last - first));
+    if (!data.counting()) StoreNumbers(number.form, first, last, data.where(offset));
 }
 
 // A dictionary key as narrow text; any other key is refused at `line`.
@@ -204,7 +231,7 @@ std::uint16_t Writer::Content(const VarData& value, vek::DictionaryConversion co
         }
         case VarDataType::Numeric: {
             const NumberCode& number = NumberCodeOf(value.GetType());
-            WriteNumber(number, NumberOf(value), data);
+            WriteNumbers(number, &value, &value + 1, data);
             return number.code;
         }
         case VarDataType::Ansi:
@@ -280,7 +307,10 @@ void Writer::Array(const VarData& sequence, vek::DictionaryConversion conversion
     std::vector<unsigned short> scratch(descriptor.counting() ? 0 : words);
     for (auto element = elements->begin() + 1; element != elements->end(); ++element) {
         if (number && element->GetType() == first.GetType()) {
-            WriteNumber(*number, NumberOf(*element), data);
+            const auto run = std::find_if(element, elements->end(),
+                                          [&](const VarData& next) { return next.GetType() != first.GetType(); });
+            WriteNumbers(*number, &*element, &*element + (run - element), data);
+            element = run - 1;
             continue;
         }
         Descriptor other = descriptor.counting() ? Descriptor::Counting() : Descriptor::Scratch(scratch);
