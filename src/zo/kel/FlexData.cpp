@@ -81,6 +81,8 @@ T IntegerFromFloat(double value) {
 
 }  // namespace
 
+void FlexData::throwWrongKind(unsigned int line) { ThrowNotOfKind(line); }
+
 // ---- Construction and storage
 
 FlexData::FlexData(const FlexData& other) { copyFrom(other.packet_, other.end()); }
