@@ -2,12 +2,14 @@
 
 #include <cstring>
 #include <cwchar>
+#include <utility>
 
 #include "tavlo/qkdynamic/AnsiGuts.h"
 #include "tavlo/qkdynamic/CellGuts.h"
 #include "tavlo/qkdynamic/RawGuts.h"
 #include "tavlo/qkdynamic/UnicodeGuts.h"
 #include "tavlo/qkdynamic/VarDataDictionary.h"
+#include "tavlo/qkdynamic/VarDataFlexData.h"
 #include "tavlo/qkdynamic/VarDataSSTimeValue.h"
 #include "tavlo/qkdynamic/VectorGuts.h"
 #include "zo/kel/NumericCast.h"
@@ -37,3 +39,16 @@ IVarDataGuts* NewVectorGuts() { return new VectorGuts(); }
 IVarDataGuts* NewVarDataDictionary() { return new VarDataDictionary(); }
 
 IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value) { return new VarDataSSTimeValue(*value); }
+
+IVarDataGuts* NewVarDataFlexData(const zo::kel::FlexData& value) { return new VarDataFlexData(value); }
+
+IVarDataGuts* NewVarDataFlexDataFromVarData(const VarData& value) {
+    return new VarDataFlexData(internal::FlexDataFromVarData(value));
+}
+
+// The packet is read before the object exists, so a failure leaves nothing behind.
+IVarDataGuts* DeserializeVarDataFlexData(const unsigned char*& cursor, const unsigned char* end) {
+    zo::kel::FlexData value;
+    value.deserialize(cursor, end);
+    return new VarDataFlexData(std::move(value));
+}

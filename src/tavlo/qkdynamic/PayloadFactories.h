@@ -16,3 +16,14 @@ QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewAnsiGutsLen(const char* text, std:
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewUnicodeGuts(const wchar_t* text);
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewUnicodeGutsLen(const wchar_t* text, std::size_t length);
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataSSTimeValue(const tSSTimeValue* value);
+
+// FlexData payloads: a copy of a value; the FlexData a VarData converts to
+// (conversion errors pass on); the packet read at the cursor, which moves
+// past it (DeserializationError and SyntaxError pass on).
+namespace zo::kel {
+class FlexData;
+}  // namespace zo::kel
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataFlexData(const zo::kel::FlexData& value);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataFlexDataFromVarData(const VarData& value);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* DeserializeVarDataFlexData(const unsigned char*& cursor,
+                                                                     const unsigned char* end);

@@ -28,6 +28,11 @@ public:
     void counted(const void*, unsigned int count) { size_ += Size(4u) + count; }
     void units16(const wchar_t*, unsigned int count) { size_ += Size(2u) * count; }
     void add(Size count) { size_ += count; }
+    // A payload that writes its own byte form: only its size counts here.
+    template <class Write>
+    void raw(unsigned int count, Write&&) {
+        size_ += count;
+    }
 
     Size size() const noexcept { return size_; }
 
@@ -69,6 +74,14 @@ public:
         cursor_ += std::size_t{2} * count;
     }
 
+    // A payload that writes its own byte form: write(cursor, end) gets exactly
+    // `count` bytes of room and moves the cursor past what it wrote.
+    template <class Write>
+    void raw(unsigned int count, Write&& write) {
+        need(count);
+        write(cursor_, cursor_ + count);
+    }
+
 private:
     unsigned char*& cursor_;
     const unsigned char* end_;
@@ -94,6 +107,12 @@ public:
         const unsigned char* at = cursor_;
         cursor_ += count;
         return at;
+    }
+    // A payload that reads its own byte form: read(cursor, end) over the
+    // remaining bytes, moving the cursor past what it consumed (never past end).
+    template <class Read>
+    decltype(auto) raw(Read&& read) {
+        return read(cursor_, end_);
     }
 
 private:

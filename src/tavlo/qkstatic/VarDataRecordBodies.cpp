@@ -237,6 +237,32 @@ struct SkippedBlockBody {
     }
 };
 
+// FlexDataTag: the payload's packet as it serializes itself. A packet that
+// cannot be read is malformed input like any other record: the reader's
+// own failure.
+struct FlexDataBody {
+    template <class Sink>
+    static void Write(const VarData& value, Sink& out, bool) {
+        const auto* flex = static_cast<const IVarDataFlexData*>(VarDataCodec::Guts(value));
+        if (!flex) return out.put(0u);  // a null payload is an empty packet
+        out.raw(flex->serializationSize(),
+                [flex](unsigned char*& cursor, const unsigned char* end) { flex->serialize(cursor, end); });
+    }
+    static VarData Read(std::uint32_t, ByteReader& in, bool, unsigned int) {
+        VarData value;
+        try {
+            in.raw([&value](const unsigned char*& cursor, const unsigned char* end) {
+                value.deserializeFlexData(cursor, end);
+            });
+        } catch (const zo::kel::exception::SyntaxError&) {
+            ZO_THROW(DeserializationError);
+        } catch (const zo::kel::exception::OutOfRange&) {
+            ZO_THROW(DeserializationError);
+        }
+        return value;
+    }
+};
+
 template <class Body>
 constexpr RecordCodec Row(VarDataType tag, unsigned int compactBody, unsigned int fullBody) {
     return {static_cast<std::uint16_t>(tag), compactBody, fullBody, &Body::template Write<ByteCounter>,
@@ -261,6 +287,7 @@ constexpr RecordCodec kCodecs[] = {
     Row<TimeBody>(VarDataType::AbsTimeValue, 16, 16),
     Row<TimeBody>(VarDataType::RelTimeValue, 16, 16),
     Row<SequenceBody>(VarDataType::Sequence, kVariable, kVariable),
+    Row<FlexDataBody>(VarDataType::FlexDataTag, kVariable, kVariable),
     {kSkippedBlockTag, kVariable, kVariable, nullptr, nullptr, &SkippedBlockBody::Read},
 };
 

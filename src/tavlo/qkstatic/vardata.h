@@ -53,6 +53,7 @@ public:
     VarData(unsigned short row, unsigned short column, const VarData& value);    // Cell
     VarData(const zo::kel::AbsTime& time);                                       // AbsTimeValue
     VarData(const zo::kel::RelTime& time);                                       // RelTimeValue
+    VarData(const zo::kel::FlexData& value);                                     // FlexDataTag
 
     static VarData pulse();
     static VarData brake();
@@ -105,6 +106,7 @@ public:
     unsigned int GetRaw() const;                  // Raw: the byte count
     void* getVoidPointer() const;
     void throwIfWrongType(unsigned int tag) const;
+    const zo::kel::FlexData& getFlexData() const;  // FlexDataTag; the payload's own value
 
     // Interface getters: the payload pointer as the named interface, without
     // a tag test and without a new reference. Test the tag first.
@@ -112,6 +114,7 @@ public:
     IVarDataUnicode* getIUnicode() const noexcept { return static_cast<IVarDataUnicode*>(guts()); }
     IVarDataDictionary* getIDict() const noexcept { return static_cast<IVarDataDictionary*>(guts()); }
     IVarDataSSTimeValue* getISSTimeValue() const noexcept { return static_cast<IVarDataSSTimeValue*>(guts()); }
+    IVarDataFlexData* getIFlexData() const noexcept { return static_cast<IVarDataFlexData*>(guts()); }
 
     // --- Queries.
     std::uint32_t GetType() const noexcept { return type_; }  // tag in the low 16 bits
@@ -147,6 +150,18 @@ public:
     void Convert_(VarDataType tag) { Convert_(static_cast<unsigned short>(tag)); }
     // The value as wide text; TypeErrorException when it has no text form.
     zo::kel::WideString coerceToString() const;
+
+    // --- Native type: a payload that wraps a value of another system (a
+    // FlexData packet) as the plain VarData it stands for.
+    // convertSelfToNativeType replaces this value and returns true when the
+    // payload has a native form, else returns false and changes nothing;
+    // other tags return false. The const forms return the native value, or
+    // raise UnableToConvert; other tags give a copy. The dictionary form turns
+    // a packet's attributes into (nested) dictionary entries, keyed by
+    // Unicode names when wideKeys is set and by Ansi names otherwise.
+    bool convertSelfToNativeType();
+    VarData convertToNativeType() const;
+    VarData convertToNativeTypeOrDictionary(bool wideKeys) const;
 
     // --- Bit arrays: both operands read as 32-bit patterns; results are bit arrays.
     unsigned int getBitArrayUint32WithCoercion() const;
@@ -193,6 +208,10 @@ public:
     // DeserializationError on malformed bytes.
     void deserializeImpl(const unsigned char*& cursor, const unsigned char* end, bool compact);
     void deserializeWithSizeImpl(const unsigned char*& cursor, const unsigned char* end, bool compact);
+    // A FlexData payload body (the packet, or a u32 zero) as a FlexDataTag
+    // value. On failure (DeserializationError, SyntaxError) the value and the
+    // cursor stay as they were.
+    void deserializeFlexData(const unsigned char*& cursor, const unsigned char* end);
 
 private:
     friend class internal::VarDataCodec;
