@@ -286,11 +286,13 @@ public:
 private:
     // InvalidArgument for a value of the wrong kind, at the given line of this class's source.
     [[noreturn]] static void throwWrongKind(unsigned int line);
+    void reshape(unsigned int metadataSize, unsigned int dataSize, bool keepPrefix, bool zeroData);
     // A new array packet (prefix elements kept): 0x0800, the dimensions and
     // one element descriptor holding elementMD; elementBytes of element data
-    // after the dimension words, for the caller to fill. Returns where they begin.
+    // after the dimension words, for the caller to fill (zeroed unless the
+    // caller writes every byte). Returns where they begin.
     unsigned char* buildArray(const Vector<unsigned int>& dims, unsigned int count, const BufferWrapper& elementMD,
-                              unsigned int elementBytes);
+                              unsigned int elementBytes, bool zeroElements = true);
     // start(count, element code) once, then visit(element) for every element of an array
     // (InvalidArgument2 "Not an array FlexData" for any other value).
     template <typename Start, typename Visit>

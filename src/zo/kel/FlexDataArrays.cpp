@@ -94,14 +94,14 @@ fd::FlexType FlexData::getArrayElementType() const {
 // ---- Building
 
 unsigned char* FlexData::buildArray(const Vector<unsigned int>& dims, unsigned int count,
-                                    const BufferWrapper& elementMD, unsigned int elementBytes) {
+                                    const BufferWrapper& elementMD, unsigned int elementBytes, bool zeroElements) {
     const Vector<unsigned int>& shape = Shape(dims);
     std::uint16_t dimCount;
     unsigned int dimBytes, eltCount;
     fd::ProcessArrayDimsVector(shape, dimCount, dimBytes, eltCount);
     if (eltCount != count) ZO_THROW(exception::InvalidArgument);
     const unsigned int descriptorSize = (Size(4u) + elementMD.Len()).get();
-    setTypeAndDataSize((Size(4u) + descriptorSize).get(), (Size(dimBytes) + elementBytes).get(), true);
+    reshape((Size(4u) + descriptorSize).get(), (Size(dimBytes) + elementBytes).get(), true, zeroElements);
     unsigned char* at = type_;
     at += fd::SetVal(at, static_cast<std::uint16_t>(fd::kArray), data_);
     at += fd::SetVal(at, dimCount, data_);
@@ -125,7 +125,7 @@ void FlexData::setScalarArray(fd::FlexType type, const Vector<unsigned int>& dim
     const std::size_t count = static_cast<std::size_t>(last - first) / size;
     if (count > 0xFFFFFFFFu) ZO_THROW(exception::OutOfRange);
     const auto elements = static_cast<unsigned int>(count);
-    unsigned char* at = buildArray(dims, elements, TypeWordMD(type).buffer(), (Size(elements) * size).get());
+    unsigned char* at = buildArray(dims, elements, TypeWordMD(type).buffer(), (Size(elements) * size).get(), false);
     if (type == fd::kBoolean) {
         CopyBooleanArray(elements, first, at, 0xFF);
     } else {
