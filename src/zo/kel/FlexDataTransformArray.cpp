@@ -5,7 +5,8 @@
 // fixed types that the compiler can vectorise.
 //
 // Rules, for every pair:
-//   - the same kind in the same order is one memcpy;
+//   - the same kind in the same order is one memcpy, in two orders a swap
+//     of each element's bytes;
 //   - integer to integer: sign- or zero-extended, then cut to the target's
 //     width (two's-complement wrap), as the FlexData getters do;
 //   - integer or float to float: the nearest value (IEEE rounding);
@@ -85,8 +86,12 @@ inline D Convert(S value) noexcept {
 
 template <typename D, typename S, bool SwapIn, bool SwapOut>
 void ConvertLoop(unsigned int count, const unsigned char* src, unsigned char* dst) {
-    if constexpr (std::is_same_v<D, S> && !SwapIn && !SwapOut) {
+    if constexpr (std::is_same_v<D, S> && SwapIn == SwapOut) {
         std::memcpy(dst, src, std::size_t{count} * sizeof(S));
+    } else if constexpr (std::is_same_v<D, S>) {
+        // One kind, two orders: the bits are swapped, never read as values.
+        using U = Bits<sizeof(S)>;
+        for (std::size_t i = 0; i < count; ++i) Store<U, true>(dst + i * sizeof(U), Load<U, false>(src + i * sizeof(U)));
     } else {
         for (std::size_t i = 0; i < count; ++i) {
             Store<D, SwapOut>(dst + i * sizeof(D), Convert<D>(Load<S, SwapIn>(src + i * sizeof(S))));
