@@ -28,10 +28,10 @@ public:
     void counted(const void*, unsigned int count) { size_ += Size(4u) + count; }
     void units16(const wchar_t*, unsigned int count) { size_ += Size(2u) * count; }
     void add(Size count) { size_ += count; }
-    // A payload that writes its own byte form: only its size counts here.
-    template <class Write>
-    void raw(unsigned int count, Write&&) {
-        size_ += count;
+    // A body its payload writes itself.
+    template <class Payload>
+    void serialized(const Payload& payload) {
+        add(payload.serializationSize());
     }
 
     Size size() const noexcept { return size_; }
@@ -73,13 +73,10 @@ public:
         }
         cursor_ += std::size_t{2} * count;
     }
-
-    // A payload that writes its own byte form: write(cursor, end) gets exactly
-    // `count` bytes of room and moves the cursor past what it wrote.
-    template <class Write>
-    void raw(unsigned int count, Write&& write) {
-        need(count);
-        write(cursor_, cursor_ + count);
+    // A body its payload writes itself, checking its own room.
+    template <class Payload>
+    void serialized(const Payload& payload) {
+        payload.serialize(cursor_, end_);
     }
 
 private:
@@ -108,10 +105,10 @@ public:
         cursor_ += count;
         return at;
     }
-    // A payload that reads its own byte form: read(cursor, end) over the
-    // remaining bytes, moving the cursor past what it consumed (never past end).
+    // A body its payload reads itself: `read(cursor, end)` moves the cursor
+    // past what it took.
     template <class Read>
-    decltype(auto) raw(Read&& read) {
+    auto readBy(Read read) {
         return read(cursor_, end_);
     }
 

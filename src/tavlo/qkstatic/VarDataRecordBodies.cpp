@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tavlo/qkdynamic/AnsiGuts.h"
+#include "tavlo/qkdynamic/PayloadFactories.h"
 #include "tavlo/qkdynamic/RecentTexts.h"
 #include "tavlo/qkdynamic/UnicodeGuts.h"
 #include "tavlo/qkdynamic/VarDataDictionary.h"
@@ -238,28 +239,21 @@ struct SkippedBlockBody {
 };
 
 // FlexDataTag: the payload's packet as it serializes itself. A packet that
-// cannot be read is malformed input like any other record: the reader's
-// own failure.
+// cannot be read (SyntaxError, OutOfRange, DeserializationError) is malformed
+// input like any other record: the reader's own failure.
 struct FlexDataBody {
     template <class Sink>
     static void Write(const VarData& value, Sink& out, bool) {
         const auto* flex = static_cast<const IVarDataFlexData*>(VarDataCodec::Guts(value));
-        if (!flex) return out.put(0u);  // a null payload is an empty packet
-        out.raw(flex->serializationSize(),
-                [flex](unsigned char*& cursor, const unsigned char* end) { flex->serialize(cursor, end); });
+        if (flex) return out.serialized(*flex);
+        out.put(0u);  // a value without a payload goes out as an empty packet
     }
     static VarData Read(std::uint32_t, ByteReader& in, bool, unsigned int) {
-        VarData value;
         try {
-            in.raw([&value](const unsigned char*& cursor, const unsigned char* end) {
-                value.deserializeFlexData(cursor, end);
-            });
-        } catch (const zo::kel::exception::SyntaxError&) {
-            ZO_THROW(DeserializationError);
-        } catch (const zo::kel::exception::OutOfRange&) {
+            return VarDataCodec::Adopt(Word(VarDataType::FlexDataTag), in.readBy(DeserializeVarDataFlexData));
+        } catch (const zo::kel::exception::Exception&) {
             ZO_THROW(DeserializationError);
         }
-        return value;
     }
 };
 

@@ -144,24 +144,26 @@ public:
     std::int32_t Compare(const VarData& other) const;
     friend bool operator<(const VarData& a, const VarData& b) { return a.Compare(b) < 0; }
 
+    // --- Native type. A FlexDataTag value becomes the plain value its packet
+    // stands for (the payload's convertToNativeTypeNoThrow); true when it
+    // converted. A packet without a native form (or unreadable), and every
+    // other tag, stay as they are and give false.
+    bool convertSelfToNativeType();
+    // The same on a copy, which is returned; the OrDictionary form turns a
+    // packet's attributes into (nested) dictionary entries, keyed by Unicode
+    // names when `wideStrings` is true, and gives the value itself when the
+    // packet has no native form.
+    VarData convertToNativeType() const;
+    VarData convertToNativeTypeOrDictionary(bool wideStrings) const;
+
     // --- Conversion in place to the nearest value of another tag; a target
-    // with no conversion leaves the value unchanged.
+    // with no conversion leaves the value unchanged. A FlexDataTag source is
+    // first made native (above), which ends it when that gives the tag asked for;
+    // any value converts to FlexDataTag (a dictionary carries its entries as attributes).
     void Convert_(unsigned short tag);
     void Convert_(VarDataType tag) { Convert_(static_cast<unsigned short>(tag)); }
     // The value as wide text; TypeErrorException when it has no text form.
     zo::kel::WideString coerceToString() const;
-
-    // --- Native type: a payload that wraps a value of another system (a
-    // FlexData packet) as the plain VarData it stands for.
-    // convertSelfToNativeType replaces this value and returns true when the
-    // payload has a native form, else returns false and changes nothing;
-    // other tags return false. The const forms return the native value, or
-    // raise UnableToConvert; other tags give a copy. The dictionary form turns
-    // a packet's attributes into (nested) dictionary entries, keyed by
-    // Unicode names when wideKeys is set and by Ansi names otherwise.
-    bool convertSelfToNativeType();
-    VarData convertToNativeType() const;
-    VarData convertToNativeTypeOrDictionary(bool wideKeys) const;
 
     // --- Bit arrays: both operands read as 32-bit patterns; results are bit arrays.
     unsigned int getBitArrayUint32WithCoercion() const;

@@ -112,7 +112,15 @@ TEST(VarDataFlexDataRecord, ConversionsGoThroughTheNativeValue) {
     VarData wide(FlexData(5L));
     EXPECT_FALSE(wide.convertSelfToNativeType());
     EXPECT_EQ(wide.GetType(), 0x1013u);
-    EXPECT_THROW((void)wide.convertToNativeType(), zo::kel::exception::UnableToConvert);
+    EXPECT_EQ(wide.convertToNativeType().Compare(wide), 0);  // no native form: the value itself
+    EXPECT_EQ(wide.convertToNativeTypeOrDictionary(true).Compare(wide), 0);
+    // A double whose packet lost its data: no native form, and no exception.
+    const Bytes truncated = {6, 0, 0, 0, 0x02, 0x04};
+    FlexData broken;
+    broken.copyFrom(truncated.data(), truncated.data() + truncated.size());
+    VarData unreadable(broken);
+    EXPECT_FALSE(unreadable.convertSelfToNativeType());
+    EXPECT_EQ(unreadable.GetType(), 0x1013u);
     EXPECT_FALSE(Num(1).convertSelfToNativeType());
     EXPECT_EQ(Num(2).convertToNativeType().Compare(Num(2)), 0);
 
