@@ -219,6 +219,8 @@ void FlexData::forEachArrayElement(Start start, Visit visit) const {
     const unsigned char* descriptor = type_ + 4;
     const unsigned char* mdEnd = fd::GetNextFD(descriptor, data_);
     const unsigned char* elementType = fd::GetTypeEndingAt(descriptor + 4, mdEnd);
+    // Each element is cut out with this metadata: it must read the same alone.
+    fd::CheckNestedDescriptors(elementType, mdEnd);
     const std::uint16_t code = CodeAt(elementType, mdEnd);
     // Walks every element once, bounded, and checks that they lie in the packet.
     const unsigned int total = fd::GetDataSize(type_, data_, last);

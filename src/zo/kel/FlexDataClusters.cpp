@@ -102,6 +102,7 @@ void FlexData::setFixedSizeClusterArrayElements(const Vector<fd::FlexType>& type
 void FlexData::getClusterElement(unsigned int i, FlexData& out) const {
     if (getType() != fd::kCluster) throwWrongKind(__LINE__);
     if (i >= fd::GetNumClustElts(type_, data_)) ZO_THROW(exception::InvalidArgument);
+    fd::CheckNestedDescriptors(type_, data_);  // elements are cut out: each must read the same alone
     const unsigned char* descriptor = type_ + 4;
     const unsigned char* data = data_;
     FlexData element;
@@ -112,6 +113,7 @@ void FlexData::getClusterElement(unsigned int i, FlexData& out) const {
 void FlexData::getClusterElements(Vector<FlexData>& elements) const {
     if (getType() != fd::kCluster) throwWrongKind(__LINE__);
     const unsigned int count = fd::GetNumClustElts(type_, data_);
+    fd::CheckNestedDescriptors(type_, data_);
     // Each element has a descriptor of at least its length word in the metadata.
     if (!fd::HasRoom(type_ + 4, data_, 4 * std::size_t{count})) fd::internal::ThrowShortPacket();
     Vector<FlexData> read;

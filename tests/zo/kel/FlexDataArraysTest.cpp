@@ -299,6 +299,15 @@ TEST(FlexDataArray, HostileCountsAreRefusedBeforeAllocating) {
     // Strings that a count promises but the packet does not hold.
     const FlexData strings = FromBytes({22, 0, 0, 0, 0x00, 0x08, 1, 0, 6, 0, 0, 0, 0x00, 0x09, 0, 0, 0, 0x40, 1, 0, 0, 0});
     EXPECT_TRUE(ThrownBy<exception::SyntaxError>([&] { strings.getArrayElements(elements); }).thrown);
+    // An array of clusters whose inner array descriptor claims bytes past the
+    // cluster's descriptor: in place the walk would borrow the next bytes, so
+    // the elements cannot be cut out.
+    const FlexData overshoot = FromBytes({54, 0, 0, 0, 0x00, 0x08, 1, 0, 22, 0, 0, 0,  // array, descriptor to 30
+                                          0x01, 0x08, 1, 0, 14, 0, 0, 0,                // cluster of 1, to 30
+                                          0x00, 0x08, 1, 0, 28, 0, 0, 0, 0x02, 0x04,    // inner array: to 52
+                                          1, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F, 0, 0, 0, 0, 0, 0, 0, 0});
+    EXPECT_EQ(fd::GetDataSize(overshoot.getMetaDataBuffer().Data(), overshoot.getDataBuffer().Data(), overshoot.end()), 24u);
+    EXPECT_TRUE(ThrownBy<exception::SyntaxError>([&] { overshoot.getArrayElements(elements); }).thrown);
     const FlexData doubles = FromBytes({18, 0, 0, 0, 0x00, 0x08, 1, 0, 6, 0, 0, 0, 0x02, 0x04, 0, 0, 0, 0x40});
     double out[1];
     EXPECT_TRUE(ThrownBy<exception::OutOfRange>([&] { doubles.getScalarArray(fd::kFloat64, out, out + 1); }).thrown);
