@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "zo/kel/FlexData.h"
-#include "zo/kel/KelTestSupport.h"
+#include "zo/kel/FlexDataTestSupport.h"
 #include "zo/kel/fd.h"
 
 namespace {
@@ -21,14 +21,6 @@ using zo::kel::WideString;
 namespace fd = zo::kel::fd;
 namespace exception = zo::kel::exception;
 using Dims = Vector<unsigned int>;
-
-Bytes Packet(const FlexData& value) { return Bytes(value.begin(), value.end()); }
-
-FlexData FromBytes(const Bytes& bytes) {
-    FlexData value;
-    value.copyFrom(bytes.data(), bytes.data() + bytes.size());
-    return value;
-}
 
 constexpr fd::FlexType kNumericKinds[] = {fd::kInt8,  fd::kUInt8,  fd::kInt16, fd::kUInt16,  fd::kInt32,
                                           fd::kUInt32, fd::kInt64, fd::kUInt64, fd::kFloat32, fd::kFloat64};

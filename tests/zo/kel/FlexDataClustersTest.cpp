@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "zo/kel/FlexData.h"
-#include "zo/kel/KelTestSupport.h"
+#include "zo/kel/FlexDataTestSupport.h"
 #include "zo/kel/fd.h"
 
 namespace {
@@ -15,8 +15,6 @@ using zo::kel::NarrowString;
 using zo::kel::Vector;
 namespace fd = zo::kel::fd;
 namespace exception = zo::kel::exception;
-
-Bytes Packet(const FlexData& value) { return Bytes(value.begin(), value.end()); }
 
 TEST(FlexDataCluster, WireFormShapeAndElements) {
     FlexData labelled(static_cast<short>(-2));
