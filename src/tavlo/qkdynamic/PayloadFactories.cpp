@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <cwchar>
+#include <utility>
 
 #include "tavlo/qkdynamic/AnsiGuts.h"
 #include "tavlo/qkdynamic/CellGuts.h"
@@ -9,6 +10,7 @@
 #include "tavlo/qkdynamic/UnicodeGuts.h"
 #include "tavlo/qkdynamic/VarDataDictionary.h"
 #include "tavlo/qkdynamic/VarDataGXVariant.h"
+#include "tavlo/qkdynamic/VarDataFlexData.h"
 #include "tavlo/qkdynamic/VarDataSSTimeValue.h"
 #include "tavlo/qkdynamic/VectorGuts.h"
 #include "zo/kel/NumericCast.h"
@@ -46,4 +48,17 @@ IVarDataGuts* NewVarDataGXVariant(const unsigned short* typeDescriptor, unsigned
 
 IVarDataGuts* DeserializeVarDataGXVariant(const unsigned char*& cursor, const unsigned char* end) {
     return VarDataGXVariant::Deserialize(cursor, end).release();
+}
+
+IVarDataGuts* NewVarDataFlexData(const zo::kel::FlexData& value) { return new VarDataFlexData(value); }
+
+IVarDataGuts* NewVarDataFlexDataFromVarData(const VarData& value) {
+    return new VarDataFlexData(internal::FlexDataFromVarData(value));
+}
+
+// The packet is read before the object exists, so a failure leaves nothing behind.
+IVarDataGuts* DeserializeVarDataFlexData(const unsigned char*& cursor, const unsigned char* end) {
+    zo::kel::FlexData value;
+    value.deserialize(cursor, end);
+    return new VarDataFlexData(std::move(value));
 }

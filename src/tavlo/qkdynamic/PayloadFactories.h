@@ -22,3 +22,14 @@ QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataGXVariant(const unsigned sh
 // success. DeserializationError on short or inconsistent bytes.
 QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* DeserializeVarDataGXVariant(const unsigned char*& cursor,
                                                                        const unsigned char* end);
+
+// FlexData payloads: a copy of a value; the FlexData a VarData converts to
+// (conversion errors pass on); the packet read at the cursor, which moves
+// past it (DeserializationError and SyntaxError pass on).
+namespace zo::kel {
+class FlexData;
+}  // namespace zo::kel
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataFlexData(const zo::kel::FlexData& value);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* NewVarDataFlexDataFromVarData(const VarData& value);
+QKDYNAM_EXTERN_C QKDYNAM_API IVarDataGuts* DeserializeVarDataFlexData(const unsigned char*& cursor,
+                                                                     const unsigned char* end);

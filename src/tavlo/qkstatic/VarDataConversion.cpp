@@ -5,6 +5,7 @@
 #include <memory>
 #include <variant>
 
+#include "tavlo/qkdynamic/PayloadFactories.h"
 #include "tavlo/qkstatic/NumberToText.h"
 #include "tavlo/qkstatic/vardata.h"
 #include "zo/kel/Exception.h"
@@ -100,7 +101,8 @@ void VarData::Convert_(unsigned short target) {
     const auto to = static_cast<VarDataType>(target);
     // Converting to its own tag keeps a value; only a number sheds its subtype.
     if (tag() == to && to != VarDataType::Numeric) return;
-    if (tag() == VarDataType::GXVariant && convertSelfToNativeType() && tag() == to) return;
+    // A payload that wraps another system's value first becomes its native value.
+    if (convertSelfToNativeType() && tag() == to) return;
     switch (to) {
         case VarDataType::Numeric:
             setInline(Word(VarDataType::Numeric), std::bit_cast<std::uint64_t>(static_cast<double>(*this)));
@@ -125,6 +127,9 @@ void VarData::Convert_(unsigned short target) {
             *this = VarData(std::visit([](auto&& text) { return Widened(std::move(text)); }, TextOf(*this)));
             return;
         }
+        case VarDataType::FlexDataTag:
+            adoptGuts(Word(VarDataType::FlexDataTag), NewVarDataFlexDataFromVarData(*this));
+            return;
         default: return;  // no conversion to this tag
     }
 }

@@ -184,3 +184,35 @@ public:
 protected:
     ~IVarDataSSTimeValue() = default;
 };
+
+// ---- FlexData payload (tag FlexDataTag) ----------------------------------------
+
+namespace zo::kel {
+class FlexData;
+}  // namespace zo::kel
+
+// A typed measurement packet, immutable once made. serialize writes the
+// packet as FlexData::serialize does (a u32 zero for an empty value).
+class IVarDataFlexData : public IVarDataGuts {
+public:
+    virtual const zo::kel::FlexData& get() const = 0;
+    virtual unsigned int serializationSize() const = 0;
+    virtual void serialize(unsigned char*& cursor, const unsigned char* end) const = 0;
+
+protected:
+    ~IVarDataFlexData() = default;
+};
+
+// The packet's value as a native VarData: convertToNativeTypeNoThrow sets
+// ok false (and gives Empty) for a value with no native form;
+// convertToNativeType raises UnableToConvert instead; the dictionary form
+// turns attributes into (nested) dictionary entries.
+class IVarDataFlexData2 : public IVarDataFlexData {
+public:
+    virtual VarData convertToNativeType() const = 0;
+    virtual VarData convertToNativeTypeOrDictionary(bool wideKeys) const = 0;
+    virtual VarData convertToNativeTypeNoThrow(bool& ok) const = 0;
+
+protected:
+    ~IVarDataFlexData2() = default;
+};

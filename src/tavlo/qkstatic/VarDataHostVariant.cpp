@@ -1,28 +1,10 @@
-// The host-variant members of VarData: building a GXVariant, reading its
-// payload, and turning it into the ordinary value it describes.
-#include <exception>
-
+// The host-variant members of VarData: building a GXVariant and reading its
+// payload (VarDataNativeType.cpp turns it into the value it describes).
 #include "tavlo/qkdynamic/PayloadFactories.h"
-#include "tavlo/qkstatic/GXVariantToVarData.h"
 #include "tavlo/qkstatic/vardata.h"
 #include "zo/kel/NumericCast.h"
 
 using vardata_type::Word;
-
-namespace {
-
-// The host value of `value` (a GXVariant) converted; throws what the conversion throws.
-VarData NativeOf(const VarData& value, bool wideStrings) {
-    const unsigned short* descriptor = nullptr;
-    const unsigned char* data = nullptr;
-    unsigned int words = 0, bytes = 0;
-    value.getGXVariant(descriptor, words, data, bytes);
-    zo::kel::NarrowString name;
-    return vek::GXVariantToVarData(descriptor, descriptor + words, data, data + bytes, vek::ClustersToDictionaries,
-                                   name, wideStrings);
-}
-
-}  // namespace
 
 VarData VarData::gxvar(const unsigned short* typeDescriptor, unsigned int typeCount, const unsigned char* data,
                        unsigned int dataLength) {
@@ -47,29 +29,4 @@ void VarData::getGXVariant(const unsigned short*& typeDescriptor, unsigned int& 
         return;
     }
     getIGXVariant()->get(typeDescriptor, typeCount, data, dataLength);
-}
-
-bool VarData::convertSelfToNativeType() {
-    if (tag() != VarDataType::GXVariant) return false;
-    try {
-        *this = NativeOf(*this, false);
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
-
-VarData VarData::convertToNativeType() const {
-    VarData copy(*this);
-    copy.convertSelfToNativeType();
-    return copy;
-}
-
-VarData VarData::convertToNativeTypeOrDictionary(bool wideStrings) const {
-    if (tag() != VarDataType::GXVariant) return *this;
-    try {
-        return NativeOf(*this, wideStrings);
-    } catch (const std::exception&) {
-        return *this;
-    }
 }

@@ -258,6 +258,25 @@ struct SkippedBlockBody {
     }
 };
 
+// FlexDataTag: the payload's packet as it serializes itself. A packet that
+// cannot be read (SyntaxError, OutOfRange, DeserializationError) is malformed
+// input like any other record: the reader's own failure.
+struct FlexDataBody {
+    template <class Sink>
+    static void Write(const VarData& value, Sink& out, bool) {
+        const auto* flex = static_cast<const IVarDataFlexData*>(VarDataCodec::Guts(value));
+        if (flex) return out.serialized(*flex);
+        out.put(0u);  // a value without a payload goes out as an empty packet
+    }
+    static VarData Read(std::uint32_t, ByteReader& in, bool, unsigned int) {
+        try {
+            return VarDataCodec::Adopt(Word(VarDataType::FlexDataTag), in.readBy(DeserializeVarDataFlexData));
+        } catch (const zo::kel::exception::Exception&) {
+            ZO_THROW(DeserializationError);
+        }
+    }
+};
+
 template <class Body>
 constexpr RecordCodec Row(VarDataType tag, unsigned int compactBody, unsigned int fullBody) {
     return {static_cast<std::uint16_t>(tag), compactBody, fullBody, &Body::template Write<ByteCounter>,
@@ -283,6 +302,7 @@ constexpr RecordCodec kCodecs[] = {
     Row<TimeBody>(VarDataType::RelTimeValue, 16, 16),
     Row<GXVariantBody>(VarDataType::GXVariant, kVariable, kVariable),
     Row<SequenceBody>(VarDataType::Sequence, kVariable, kVariable),
+    Row<FlexDataBody>(VarDataType::FlexDataTag, kVariable, kVariable),
     {kSkippedBlockTag, kVariable, kVariable, nullptr, nullptr, &SkippedBlockBody::Read},
 };
 

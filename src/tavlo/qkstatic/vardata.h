@@ -53,6 +53,7 @@ public:
     VarData(unsigned short row, unsigned short column, const VarData& value);    // Cell
     VarData(const zo::kel::AbsTime& time);                                       // AbsTimeValue
     VarData(const zo::kel::RelTime& time);                                       // RelTimeValue
+    VarData(const zo::kel::FlexData& value);                                     // FlexDataTag
 
     static VarData pulse();
     static VarData brake();
@@ -115,6 +116,7 @@ public:
     void getGXVariant(const unsigned short*& typeDescriptor, unsigned int& typeCount, const unsigned char*& data,
                       unsigned int& dataLength) const;
     void throwIfWrongType(unsigned int tag) const;
+    const zo::kel::FlexData& getFlexData() const;  // FlexDataTag; the payload's own value
 
     // Interface getters: the payload pointer as the named interface, without
     // a tag test and without a new reference. Test the tag first.
@@ -123,6 +125,7 @@ public:
     IVarDataDictionary* getIDict() const noexcept { return static_cast<IVarDataDictionary*>(guts()); }
     IVarDataSSTimeValue* getISSTimeValue() const noexcept { return static_cast<IVarDataSSTimeValue*>(guts()); }
     IVarDataGXVariant* getIGXVariant() const noexcept { return static_cast<IVarDataGXVariant*>(guts()); }
+    IVarDataFlexData* getIFlexData() const noexcept { return static_cast<IVarDataFlexData*>(guts()); }
 
     // --- Queries.
     std::uint32_t GetType() const noexcept { return type_; }  // tag in the low 16 bits
@@ -154,17 +157,22 @@ public:
 
     // --- Native type. A GXVariant becomes the ordinary value its host value
     // converts to (vek::GXVariantToVarData with clusters as dictionaries and
-    // narrow strings); true when it converted. A host value that does not
-    // convert, and every other tag, stay as they are and give false.
+    // narrow strings); a FlexDataTag value the plain value its packet stands
+    // for (the payload's convertToNativeTypeNoThrow). True when it converted;
+    // a value without a native form (or unreadable), and every other tag,
+    // stay as they are and give false.
     bool convertSelfToNativeType();
     // The same on a copy, which is returned; the OrDictionary form makes
-    // strings and dictionary keys Unicode when `wideStrings` is true.
+    // strings and dictionary keys Unicode when `wideStrings` is true, and
+    // turns a packet's attributes into (nested) dictionary entries.
     VarData convertToNativeType() const;
     VarData convertToNativeTypeOrDictionary(bool wideStrings) const;
 
     // --- Conversion in place to the nearest value of another tag; a target
-    // with no conversion leaves the value unchanged. A GXVariant source is
-    // first made native (above), which ends it when that gives the tag asked for.
+    // with no conversion leaves the value unchanged. A GXVariant or FlexDataTag
+    // source is first made native (above), which ends it when that gives the
+    // tag asked for; any value converts to FlexDataTag (a dictionary carries
+    // its entries as attributes).
     void Convert_(unsigned short tag);
     void Convert_(VarDataType tag) { Convert_(static_cast<unsigned short>(tag)); }
     // The value as wide text; TypeErrorException when it has no text form.
@@ -215,6 +223,10 @@ public:
     // DeserializationError on malformed bytes.
     void deserializeImpl(const unsigned char*& cursor, const unsigned char* end, bool compact);
     void deserializeWithSizeImpl(const unsigned char*& cursor, const unsigned char* end, bool compact);
+    // A FlexData payload body (the packet, or a u32 zero) as a FlexDataTag
+    // value. On failure (DeserializationError, SyntaxError) the value and the
+    // cursor stay as they were.
+    void deserializeFlexData(const unsigned char*& cursor, const unsigned char* end);
 
 private:
     friend class internal::VarDataCodec;

@@ -81,6 +81,8 @@ T IntegerFromFloat(double value) {
 
 }  // namespace
 
+void FlexData::throwWrongKind(unsigned int line) { ThrowNotOfKind(line); }
+
 // ---- Construction and storage
 
 FlexData::FlexData(const FlexData& other) { copyFrom(other.packet_, other.end()); }
@@ -184,20 +186,29 @@ void FlexData::copyFromParts(const BufferWrapper& metadata, const BufferWrapper&
 }
 
 void FlexData::setTypeAndDataSize(unsigned int metadataSize, unsigned int dataSize, bool keepPrefix) {
+    reshape(metadataSize, dataSize, keepPrefix, true);
+}
+
+// zeroData false leaves the data bytes as they come (all but a pad byte):
+// for callers that write every one of them, as bulk array setters do.
+void FlexData::reshape(unsigned int metadataSize, unsigned int dataSize, bool keepPrefix, bool zeroData) {
     if (dataSize == 0xFFFFFFFFu) ZO_THROW(exception::OutOfRange);
     const unsigned int evenData = RoundUpEven(dataSize);
     const unsigned int tail = (Size(metadataSize) + evenData).get();
+    const unsigned int zeroed = zeroData ? tail : metadataSize;
     if (packet_ && keepPrefix) {
         const auto typeOffset = static_cast<unsigned int>(type_ - packet_);
-        std::memset(resizeRange(typeOffset, getPacketSize() - typeOffset, tail), 0, tail);
-        return bindTo(typeOffset, typeOffset + metadataSize);
+        std::memset(resizeRange(typeOffset, getPacketSize() - typeOffset, tail), 0, zeroed);
+        bindTo(typeOffset, typeOffset + metadataSize);
+    } else {
+        const unsigned int size = (Size(4u) + tail).get();
+        if (size >= kPacketSizeLimit) ZO_THROW(exception::OutOfRange);
+        reserve(size);
+        byteform::StoreCount(packet_, size);
+        std::memset(packet_ + 4, 0, zeroed);
+        bindTo(4, 4 + metadataSize);
     }
-    const unsigned int size = (Size(4u) + tail).get();
-    if (size >= kPacketSizeLimit) ZO_THROW(exception::OutOfRange);
-    reserve(size);
-    byteform::StoreCount(packet_, size);
-    std::memset(packet_ + 4, 0, tail);
-    bindTo(4, 4 + metadataSize);
+    if (evenData != dataSize) data_[dataSize] = 0;
 }
 
 void FlexData::setType(fd::FlexType type, unsigned int dataSize) {

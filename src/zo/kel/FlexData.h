@@ -189,6 +189,92 @@ public:
     bool hasAttributes() const;
     Vector<NarrowString> getAttributeNames() const;
 
+    // ---- Arrays (0x0800) and clusters (0x0801). Array metadata: 0x0800, a
+    // u16 dimension count, one element descriptor; data: a u32 per dimension,
+    // then the elements, fixed-size ones packed, others each padded to even.
+    // The setters keep prefix elements; an empty dimension list builds one
+    // dimension of size 0, and the dimension sizes must multiply to the number
+    // of elements given (InvalidArgument). Wrong kinds throw InvalidArgument;
+    // malformed packets SyntaxError; counts past 32 bits OutOfRange.
+    //
+    //   zo::kel::Vector<unsigned int> dims{2, 3};
+    //   const double values[6] = {1, 2, 3, 4, 5, 6};
+    //   zo::kel::FlexData table(zo::kel::fd::kFloat64, dims, values, values + 6);
+    //   float narrow[6];
+    //   table.getScalarArray(zo::kel::fd::kFloat32, narrow, narrow + 6);
+
+    // A cluster: 1 dimension; an array: its dimension count.
+    unsigned int getDims() const;
+    // An array: the size of dimension i (0 past the last); a cluster: its
+    // element count for i = 0, else 0.
+    unsigned int getDimSize(unsigned int i) const;
+    // The product of the dimension sizes, cut to 32 bits; 0 for no
+    // dimensions. Unchecked against the packet: never size memory by it.
+    unsigned int getNumElts() const;
+    fd::FlexType getArrayElementType() const;
+
+    // Scalar arrays of the ten numeric kinds and the one-byte Boolean, from
+    // and to host arrays of `type`; an outside array in the other byte order
+    // is swapped on the way in or out. getScalarArray converts the elements
+    // to `type` (see TransformArray); numbers and Booleans do not mix
+    // (InvalidArgument). An output range too short raises BufferOverflow and
+    // writes nothing.
+    FlexData(fd::FlexType type, const Vector<unsigned int>& dims, const void* begin, const void* end,
+             fd::TAEndian sourceEndian = fd::kHostEndian) {
+        setScalarArray(type, dims, begin, end, sourceEndian);
+    }
+    void setScalarArray(fd::FlexType type, const Vector<unsigned int>& dims, const void* begin, const void* end,
+                        fd::TAEndian sourceEndian = fd::kHostEndian);
+    void getScalarArray(fd::FlexType type, void* out, const void* outEnd,
+                        fd::TAEndian targetEndian = fd::kHostEndian) const;
+
+    // Arrays of any values: all elements share one element descriptor, so
+    // they must have the same metadata (attributes included); none may be
+    // empty. No elements give an array of void.
+    FlexData(const Vector<unsigned int>& dims, const Vector<FlexData>& elements) { setArray(dims, elements); }
+    void setArray(const Vector<unsigned int>& dims, const Vector<FlexData>& elements);
+    // InvalidArgument2 "Not an array FlexData" for any other value.
+    void getArrayElements(Vector<FlexData>& elements) const;
+
+    // Arrays of UTF-16 strings (0x0A00), narrow strings (0x0900) and times.
+    // The string getters take either string kind, as getAString and getUnicode do.
+    FlexData(const Vector<unsigned int>& dims, const Vector<WideString>& strings) { setStringArray(dims, strings); }
+    FlexData(const Vector<unsigned int>& dims, const Vector<NarrowString>& strings) {
+        setAStringArray(dims, strings);
+    }
+    FlexData(const Vector<unsigned int>& dims, const Vector<AbsTime>& times) { setTimeArray(dims, times); }
+    void setStringArray(const Vector<unsigned int>& dims, const Vector<WideString>& strings);
+    void setAStringArray(const Vector<unsigned int>& dims, const Vector<NarrowString>& strings);
+    void getStringArray(Vector<WideString>& strings) const;
+    void getAStringArray(Vector<NarrowString>& strings) const;
+    void setTimeArray(const Vector<unsigned int>& dims, const Vector<AbsTime>& times);
+    void getTimeArray(Vector<AbsTime>& times) const;
+
+    // A cluster of 1 to 65,535 values (InvalidArgument otherwise; empty
+    // values are refused), each keeping its own metadata.
+    explicit FlexData(const Vector<FlexData>& elements) { setClusterElements(elements); }
+    void setClusterElements(const Vector<FlexData>& elements);
+    // A one-dimensional array of clusters whose fields have the given
+    // fixed-size types; column i holds field i of every row, packed in host
+    // order, and all columns hold the same number of rows.
+    FlexData(const Vector<fd::FlexType>& types, const Vector<BufferWrapper>& columns) {
+        setFixedSizeClusterArrayElements(types, columns);
+    }
+    void setFixedSizeClusterArrayElements(const Vector<fd::FlexType>& types, const Vector<BufferWrapper>& columns);
+    // Element i (InvalidArgument past the last) and all elements, each a value of its own.
+    void getClusterElement(unsigned int i, FlexData& out) const;
+    void getClusterElements(Vector<FlexData>& elements) const;
+
+    // count elements of one numeric kind and byte order into another; rules
+    // in FlexDataTransformArray.cpp. Kinds other than the ten numeric ones:
+    // InvalidArgument. The ranges must hold count elements each.
+    static void TransformArray(unsigned int count, fd::FlexType srcType, fd::TAEndian srcEndian, const void* src,
+                               fd::FlexType dstType, fd::TAEndian dstEndian, void* dst);
+    // One-byte Booleans: every non-zero byte is true and written as trueByte
+    // (0xFF into a packet, 1 into host bools).
+    static void CopyBooleanArray(unsigned int count, const void* src, void* dst, unsigned char trueByte) noexcept;
+    static bool IsNumericKind(fd::FlexType type) noexcept;
+
     // ---- Waveforms (layout above). The setters keep prefix elements and
     // refuse (InvalidArgument) a sample type that is not numeric or sample
     // bytes that are not whole samples; the getters refuse other values.
@@ -198,6 +284,23 @@ public:
     void getWaves(Vector<Waveform>& waves) const;
 
 private:
+    // InvalidArgument for a value of the wrong kind, at the given line of this class's source.
+    [[noreturn]] static void throwWrongKind(unsigned int line);
+    void reshape(unsigned int metadataSize, unsigned int dataSize, bool keepPrefix, bool zeroData);
+    // A new array packet (prefix elements kept): 0x0800, the dimensions and
+    // one element descriptor holding elementMD; elementBytes of element data
+    // after the dimension words, for the caller to fill (zeroed unless the
+    // caller writes every byte). Returns where they begin.
+    unsigned char* buildArray(const Vector<unsigned int>& dims, unsigned int count, const BufferWrapper& elementMD,
+                              unsigned int elementBytes, bool zeroElements = true);
+    // start(count, element code) once, then visit(element) for every element of an array
+    // (InvalidArgument2 "Not an array FlexData" for any other value).
+    template <typename Start, typename Visit>
+    void forEachArrayElement(Start start, Visit visit) const;
+    template <typename Text>
+    void copyFromStringVector(fd::FlexType type, const Vector<unsigned int>& dims, const Vector<Text>& strings);
+    template <typename Text>
+    void copyToStringVector(Vector<Text>& strings) const;
     template <typename T>
     void setScalar(fd::FlexType type, T value);
     template <typename T>

@@ -167,6 +167,21 @@ unsigned int DataSize(const unsigned char* md, const unsigned char* data, const 
     return size;
 }
 
+// The walkers above bound metadata by the end of the packet; this bounds
+// each nested descriptor by the one around it.
+void CheckDescriptorsWithin(const unsigned char* md, const unsigned char* mdEnd, unsigned int depth) {
+    const std::uint16_t code = CodeOf(md, mdEnd);
+    if (code != kArray && code != kCluster) return;
+    if (depth == 0) FD_MALFORMED("arrays and clusters nested too deep");
+    const unsigned int count = code == kArray ? 1 : GetNumClustElts(md, mdEnd);
+    const unsigned char* descriptor = md + 4;
+    for (unsigned int i = 0; i < count; ++i) {
+        const unsigned char* next = GetNextFD(descriptor, mdEnd);
+        CheckDescriptorsWithin(GetTypeEndingAt(descriptor + 4, next), next, depth - 1);
+        descriptor = next;
+    }
+}
+
 }  // namespace
 
 namespace internal {
@@ -268,6 +283,10 @@ const unsigned char* GetArrayElementType(const unsigned char* md, const unsigned
 
 unsigned int GetDataSize(const unsigned char* md, const unsigned char* data, const unsigned char* end) {
     return DataSize(md, data, end, kMaxNestingDepth);
+}
+
+void CheckNestedDescriptors(const unsigned char* md, const unsigned char* mdEnd) {
+    CheckDescriptorsWithin(md, mdEnd, kMaxNestingDepth);
 }
 
 void CopyAndAdvanceClusterElement(const unsigned char*& descriptor, const unsigned char*& data,

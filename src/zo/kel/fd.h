@@ -112,6 +112,12 @@ QKDYNAM_API const unsigned char* GetArrayElementType(const unsigned char* md, co
 // kMaxNestingDepth deep.
 QKDYNAM_API unsigned int GetDataSize(const unsigned char* md, const unsigned char* data, const unsigned char* end);
 
+// Checks that every element descriptor nested in the array or cluster type
+// element at md lies within the descriptor around it, and all within mdEnd,
+// at most kMaxNestingDepth deep: a part cut out of the packet then reads the
+// same as in place. Other types pass; a violation is SyntaxError.
+QKDYNAM_API void CheckNestedDescriptors(const unsigned char* md, const unsigned char* mdEnd);
+
 // Copies one cluster element out into `out` (its descriptor's metadata and
 // its data) and moves descriptor and data to the next element.
 QKDYNAM_API void CopyAndAdvanceClusterElement(const unsigned char*& descriptor, const unsigned char*& data,

@@ -17,7 +17,7 @@ using internal::RecordCodec;
 using internal::VarDataCodec;
 
 constexpr std::uint16_t kKnownTags[] = {0x0000, 0x0001, 0x0002, 0x0003, 0x0004, 0x0008, 0x000B, 0x000D, 0x0011,
-                                        0x1005, 0x1006, 0x1009, 0x100A, 0x100C, 0x100E, 0x100F, 0x1010, 0x3007};
+                                        0x1005, 0x1006, 0x1009, 0x100A, 0x100C, 0x100E, 0x100F, 0x1010, 0x1013, 0x3007};
 
 // A value of `tag` with every payload bit set, or a real time payload.
 VarData Sample(std::uint16_t tag) {
@@ -58,6 +58,7 @@ TEST(VarDataRecordBodies, NullPayloadsWriteEmptyBodies) {
         {0x3007, {0, 0, 0, 0}},
         {0x100F, Bytes(16, 0)},
         {0x1010, Bytes(16, 0)},
+        {0x1013, {0, 0, 0, 0}},  // an empty packet
     };
     for (const auto& row : rows) {
         const VarData value = VarDataCodec::Adopt(row.tag, nullptr);

@@ -6,6 +6,7 @@
 #include "tavlo/VarDataTestSupport.h"
 #include "tavlo/qkstatic/vardata.h"
 #include "zo/kel/Exception.h"
+#include "zo/kel/FlexData.h"
 
 namespace {
 
@@ -83,6 +84,8 @@ std::vector<Row> Rows() {
          {0x12, 0x10, 0, 0, 2, 0, 0, 0, 4, 0, 0x21, 0, 1, 0, 0, 0, 1}, {}},
         {"AbsTime", VarData(zo::kel::AbsTime::fromWords(2, 0x8000000000000001ull)),
          {0x0F, 0x10, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0x80, 2, 0, 0, 0, 0, 0, 0, 0}, {}},
+        {"FlexData", VarData(zo::kel::FlexData(static_cast<short>(5))), {0x13, 0x10, 0, 0, 8, 0, 0, 0, 0x00, 0x02, 5, 0}, {}},
+        {"EmptyFlexData", VarData(zo::kel::FlexData()), {0x13, 0x10, 0, 0, 0, 0, 0, 0}, {}},
     };
 }
 

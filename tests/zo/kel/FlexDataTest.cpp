@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "zo/kel/KelTestSupport.h"
+#include "zo/kel/FlexDataTestSupport.h"
 #include "zo/kel/Waveform.h"
 #include "zo/kel/fd.h"
 
@@ -19,14 +19,6 @@ using zo::kel::NarrowString;
 using zo::kel::WideString;
 namespace fd = zo::kel::fd;
 namespace exception = zo::kel::exception;
-
-Bytes Packet(const FlexData& value) { return Bytes(value.begin(), value.end()); }
-
-FlexData FromBytes(const Bytes& bytes) {
-    FlexData value;
-    value.copyFrom(bytes.data(), bytes.data() + bytes.size());
-    return value;
-}
 
 TEST(FlexDataWire, ScalarsStringsAndTimeAsPackets) {
     const struct {
