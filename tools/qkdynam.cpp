@@ -318,7 +318,9 @@ int Parse(const std::string& text, int dateFormat) {
     const bool isLogical = IsLogicalText(text.c_str(), logical);
     out["logical"] = isLogical ? Json(logical) : Json(nullptr);
     WriteOut(out.dump(2) + "\n");
-    return any || isLogical ? 0 : kBadInput;
+    if (any || isLogical) return 0;
+    std::fprintf(stderr, "qkdynam parse: no recogniser accepts \"%s\"\n", text.c_str());
+    return kBadInput;
 }
 
 // --- ini
