@@ -151,6 +151,35 @@ Json NumberJson(double number) {
     return "NaN:" + Hex(bits, 16);
 }
 
+// Days from 1970-01-01 to a civil date, proleptic Gregorian.
+void CivilFromDays(std::int64_t days, std::int64_t& year, unsigned& month, unsigned& day) {
+    days += 719468;
+    const std::int64_t era = (days >= 0 ? days : days - 146096) / 146097;
+    const auto dayOfEra = static_cast<unsigned>(days - era * 146097);
+    const unsigned yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const unsigned monthIndex = (5 * dayOfYear + 2) / 153;
+    day = dayOfYear - (153 * monthIndex + 2) / 5 + 1;
+    month = monthIndex < 10 ? monthIndex + 3 : monthIndex - 9;
+    year = static_cast<std::int64_t>(yearOfEra) + era * 400 + (month <= 2 ? 1 : 0);
+}
+
+// Seconds since 1904-01-01 UTC and nanoseconds as "YYYY-MM-DDTHH:MM:SS.nnnnnnnnnZ".
+std::string CivilText(std::int64_t seconds, unsigned nanos) {
+    // Floor division without a product that could leave the 64-bit range.
+    std::int64_t days = seconds / 86400;
+    std::int64_t inDay = seconds % 86400;
+    if (inDay < 0) inDay += 86400, --days;
+    std::int64_t year;
+    unsigned month, day;
+    CivilFromDays(days - 24107, year, month, day);  // 1904-01-01 is 24,107 days before 1970-01-01
+    char text[64];
+    std::snprintf(text, sizeof text, "%04lld-%02u-%02uT%02u:%02u:%02u.%09uZ", static_cast<long long>(year), month, day,
+                  static_cast<unsigned>(inDay / 3600), static_cast<unsigned>(inDay / 60 % 60),
+                  static_cast<unsigned>(inDay % 60), nanos);
+    return text;
+}
+
 // --- VarData to JSON.
 
 Json InlineJson(const VarData& value, Tag tag) {
@@ -182,11 +211,10 @@ Json InlineJson(const VarData& value, Tag tag) {
         const auto count = Read<std::int64_t>(record, 4);
         out["nanoseconds"] = count;
         // Nanoseconds since 1899-12-30, which is 1,462 days before 1904-01-01.
-        const std::int64_t seconds = count / 1000000000 - (count % 1000000000 < 0 ? 1 : 0);
-        const std::int64_t nanos = count - seconds * 1000000000;
-        const auto fraction = static_cast<std::uint64_t>(
-            (static_cast<Wide128>(nanos) << 64) / 1000000000u);
-        out["utc"] = UtcText(seconds - 126316800, fraction);
+        std::int64_t seconds = count / 1000000000;
+        std::int64_t nanos = count % 1000000000;
+        if (nanos < 0) nanos += 1000000000, --seconds;
+        out["utc"] = CivilText(seconds - 126316800, static_cast<unsigned>(nanos));
     } else if (tag == Tag::VoidPointer) {
         out["value"] = Hex(Read<std::uint64_t>(record, 4), 16);
     } else {  // ID64
@@ -246,7 +274,8 @@ Json RecordJson(const VarData& value, const TagRow& row) {
 class Reader {
 public:
     VarData value(const Json& json, const std::string& path) {
-        if (++depth_ > VarData::kMaxNestingDepth) fail(path, "nested deeper than the byte form allows");
+        // The byte reader takes a root and kMaxNestingDepth levels below it; so does this.
+        if (++depth_ > VarData::kMaxNestingDepth + 1) fail(path, "nested deeper than the byte form allows");
         VarData result = valueAt(json, path);
         --depth_;
         return result;
@@ -505,19 +534,6 @@ private:
 
 constexpr char kBase64Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Days from 1970-01-01 to a civil date and back, proleptic Gregorian.
-void CivilFromDays(std::int64_t days, std::int64_t& year, unsigned& month, unsigned& day) {
-    days += 719468;
-    const std::int64_t era = (days >= 0 ? days : days - 146096) / 146097;
-    const auto dayOfEra = static_cast<unsigned>(days - era * 146097);
-    const unsigned yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const unsigned monthIndex = (5 * dayOfYear + 2) / 153;
-    day = dayOfYear - (153 * monthIndex + 2) / 5 + 1;
-    month = monthIndex < 10 ? monthIndex + 3 : monthIndex - 9;
-    year = static_cast<std::int64_t>(yearOfEra) + era * 400 + (month <= 2 ? 1 : 0);
-}
-
 }  // namespace
 
 Json ToJson(const VarData& value) {
@@ -622,18 +638,7 @@ std::vector<unsigned char> Base64Decode(const std::string& text) {
 }
 
 std::string UtcText(std::int64_t seconds, std::uint64_t fraction) {
-    // 1904-01-01 is 24,107 days before 1970-01-01.
-    const std::int64_t days = seconds / 86400 - (seconds % 86400 < 0 ? 1 : 0);
-    const std::int64_t inDay = seconds - days * 86400;
-    std::int64_t year;
-    unsigned month, day;
-    CivilFromDays(days - 24107, year, month, day);
-    const auto nanos = static_cast<unsigned>((static_cast<Wide128>(fraction) * 1000000000u) >> 64);
-    char text[64];
-    std::snprintf(text, sizeof text, "%04lld-%02u-%02uT%02u:%02u:%02u.%09uZ", static_cast<long long>(year), month, day,
-                  static_cast<unsigned>(inDay / 3600), static_cast<unsigned>(inDay / 60 % 60),
-                  static_cast<unsigned>(inDay % 60), nanos);
-    return text;
+    return CivilText(seconds, static_cast<unsigned>((static_cast<Wide128>(fraction) * 1000000000u) >> 64));
 }
 
 }  // namespace qkdynam_json

@@ -189,11 +189,7 @@ int DecodeStream(const DecodeOptions& options) {
         }
         try {
             WriteOut(Shown(ReadRecord(pending.data() + head + 4, length, options.full), options, false));
-        } catch (const DeserializationErrorException& failure) {
-            std::fprintf(stderr, "qkdynam decode: record at offset %llu: %s; skipped\n",
-                         static_cast<unsigned long long>(offset), failure.what());
-            bad = true;
-        } catch (const zo::kel::exception::Exception& failure) {
+        } catch (const std::exception& failure) {  // unreadable, or (--text) without a text form
             std::fprintf(stderr, "qkdynam decode: record at offset %llu: %s; skipped\n",
                          static_cast<unsigned long long>(offset), failure.what());
             bad = true;

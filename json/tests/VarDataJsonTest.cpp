@@ -75,6 +75,22 @@ TEST(VarDataJson, EachTagHasItsDocumentedForm) {
         {halfPastDayOne,
          R"({"type":"AbsTimeValue","seconds":86400,"fraction":9223372036854775808,"utc":"1904-01-02T00:00:00.500000000Z"})"},
     };
+    VarData earliest;
+    earliest = std::numeric_limits<long>::min();
+    VarData beforeEpoch;
+    beforeEpoch.setISSTimeValue(0x100F, tSSTimeValue{0x4000000000000000ull, -126230401});
+    const Row extremes[] = {
+        {earliest, R"({"type":"Time","nanoseconds":-9223372036854775808,"utc":"1607-09-20T00:12:43.145224192Z"})"},
+        {beforeEpoch, R"({"type":"AbsTimeValue","seconds":-126230401,"fraction":4611686018427387904,)"
+                      R"("utc":"1899-12-30T23:59:59.250000000Z"})"},
+    };
+    VarData first;
+    first.setISSTimeValue(0x100F, tSSTimeValue{0, std::numeric_limits<std::int64_t>::min()});
+    EXPECT_EQ(ToJson(first)["utc"].get<std::string>().substr(0, 14), "-292277022723-");
+    for (const Row& row : extremes) {
+        EXPECT_EQ(ToJson(row.value).dump(), row.json);
+        EXPECT_EQ(Bytes(FromJson(Json::parse(row.json)), false), Bytes(row.value, false)) << row.json;
+    }
     for (const Row& row : rows) {
         EXPECT_EQ(ToJson(row.value).dump(), row.json);
         const VarData back = FromJson(Json::parse(row.json));
@@ -146,6 +162,22 @@ TEST(VarDataJson, RefusalsNameTheJsonPath) {
         {R"({"type":"GXVariant","record":"EhAAAAEAAAA="})", "/record"},
         {R"({"type":"Ansi","value":"a","base64":"YQ=="})", ""},
     };
+    // As deep as the byte form may nest is accepted and reads back from bytes;
+    // one level more is refused where the limit is crossed.
+    Json deep = {{"type", "Empty"}};
+    for (unsigned int i = 0; i < VarData::kMaxNestingDepth; ++i)
+        deep = Json{{"type", "Cell"}, {"row", 0}, {"column", 1}, {"value", deep}};
+    const VarData deepest = FromJson(deep);
+    EXPECT_EQ(FromRecord(Bytes(deepest, true), true).Compare(deepest), 0);
+    deep = Json{{"type", "Cell"}, {"row", 0}, {"column", 1}, {"value", deep}};
+    std::string limit;
+    for (unsigned int i = 0; i <= VarData::kMaxNestingDepth; ++i) limit += "/value";
+    try {
+        FromJson(deep);
+        ADD_FAILURE() << "accepted a level more than the byte form";
+    } catch (const JsonMappingError& error) {
+        EXPECT_EQ(error.path(), limit);
+    }
     for (const Row& row : rows) {
         try {
             FromJson(Json::parse(row.json));
