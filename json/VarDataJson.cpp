@@ -240,7 +240,7 @@ Json WideTextJson(const zo::kel::WideString& text) {
         out["value"] = utf8;
     } else {
         Json codes = Json::array();
-        for (unsigned int i = 0; i < text.length(); ++i) codes.push_back(static_cast<std::uint32_t>(text[i]));
+        for (unsigned int i = 0; i < text.length(); ++i) codes.push_back(static_cast<std::int32_t>(text[i]));
         out["codes"] = codes;
     }
     return out;

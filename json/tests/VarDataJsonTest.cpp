@@ -50,6 +50,7 @@ TEST(VarDataJson, EachTagHasItsDocumentedForm) {
     VarData time;
     time = 86400000000000L;  // one day after 1899-12-30
     const unsigned char raw[] = {0, 1, 0xFF};
+    const wchar_t negative[] = {static_cast<wchar_t>(-1), L'A'};
     VarData halfPastDayOne;
     halfPastDayOne.setISSTimeValue(0x100F, tSSTimeValue{0x8000000000000000ull, 86400});
     const Row rows[] = {
@@ -67,6 +68,7 @@ TEST(VarDataJson, EachTagHasItsDocumentedForm) {
         {VarData::ansi("\xFF", 1), R"({"type":"Ansi","base64":"/w=="})"},
         {VarData(L"\u00E9\U0001F600"), R"({"type":"Unicode","value":"é😀"})"},
         {VarData::unicode(L"\xD800", 1), R"({"type":"Unicode","codes":[55296]})"},
+        {VarData::unicode(negative, 2), R"({"type":"Unicode","codes":[-1,65]})"},
         {VarData(raw, 3), R"({"type":"Raw","base64":"AAH/"})"},
         {VarData(2, 5, VarData::num(1)), R"({"type":"Cell","row":2,"column":5,"value":{"type":"Numeric","value":1.0}})"},
         {sequence, R"({"type":"Sequence","elements":[{"type":"Numeric","value":1.5},{"type":"Unicode","value":"x"}]})"},
