@@ -28,10 +28,11 @@ __extension__ typedef unsigned __int128 Wide128;  // exact 64.64 fraction scalin
 // carries the record alone.
 using ViewFunction = std::optional<Json> (*)(const VarData&);
 
-std::optional<Json> HostVariantView(const VarData& value) {
+// The ordinary value a foreign payload stands for, when the library converts it.
+std::optional<Json> NativeView(const VarData& value) {
     try {
         VarData native = value.convertToNativeType();
-        if (native.GetType() == vardata_type::Word(Tag::GXVariant)) return std::nullopt;
+        if (vardata_type::TagOf(native.GetType()) == vardata_type::TagOf(value.GetType())) return std::nullopt;
         return ToJson(native);
     } catch (const zo::kel::exception::Exception&) {
         return std::nullopt;  // a host value the library cannot convert has no view
@@ -53,7 +54,7 @@ constexpr std::array kTags{
     TagRow{Tag::Unicode, "Unicode", nullptr},       TagRow{Tag::Raw, "Raw", nullptr},
     TagRow{Tag::Cell, "Cell", nullptr},             TagRow{Tag::Dictionary, "Dictionary", nullptr},
     TagRow{Tag::AbsTimeValue, "AbsTimeValue", nullptr}, TagRow{Tag::RelTimeValue, "RelTimeValue", nullptr},
-    TagRow{Tag::GXVariant, "GXVariant", &HostVariantView},
+    TagRow{Tag::GXVariant, "GXVariant", &NativeView},
     TagRow{Tag::FlexDataTag, "FlexData", nullptr},
     TagRow{Tag::Sequence, "Sequence", nullptr},
 };
