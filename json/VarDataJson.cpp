@@ -55,7 +55,7 @@ constexpr std::array kTags{
     TagRow{Tag::Cell, "Cell", nullptr},             TagRow{Tag::Dictionary, "Dictionary", nullptr},
     TagRow{Tag::AbsTimeValue, "AbsTimeValue", nullptr}, TagRow{Tag::RelTimeValue, "RelTimeValue", nullptr},
     TagRow{Tag::GXVariant, "GXVariant", &NativeView},
-    TagRow{Tag::FlexDataTag, "FlexData", nullptr},
+    TagRow{Tag::FlexDataTag, "FlexData", &NativeView},
     TagRow{Tag::Sequence, "Sequence", nullptr},
 };
 constexpr std::string_view kBitArrayName = "BitArray";

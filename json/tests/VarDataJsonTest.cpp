@@ -236,7 +236,12 @@ public:
             out.setISSTimeValue(pick(2) ? 0x100F : 0x1010, tSSTimeValue{word(), static_cast<std::int64_t>(word())});
             return out;
         }
-        case 12: return VarData::gxvar(kClusterDescriptor, 6, kClusterData, 1);
+        case 12: {
+            if (pick(2)) return VarData::gxvar(kClusterDescriptor, 6, kClusterData, 1);
+            zo::kel::FlexData packet(static_cast<double>(pick(1000)) / 8);
+            if (pick(2)) packet.setAttribute("Units", zo::kel::FlexData(zo::kel::NarrowString("bar")));
+            return VarData(packet);
+        }
         case 13: return withFullRecord(pick(2) ? 0 : 1, eight());
         case 14: return VarData(static_cast<unsigned short>(pick(70000)), static_cast<unsigned short>(pick(9)),
                                 value(depth + 1));
