@@ -436,6 +436,107 @@ int GxFromJson(const std::string& input) {
     return 0;
 }
 
+// --- flexdata
+
+constexpr struct {
+    std::uint16_t code;
+    const char* name;
+} kFlexKinds[] = {
+    {0x0001, "Void"},         {0x0100, "I8"},          {0x0101, "U8"},          {0x0102, "Boolean"},
+    {0x0200, "I16"},          {0x0201, "U16"},         {0x0202, "Boolean16"},   {0x0300, "I32"},
+    {0x0301, "U32"},          {0x0302, "F32"},         {0x0305, "EmptyMarker"}, {0x0400, "I64"},
+    {0x0401, "U64"},          {0x0402, "F64"},         {0x0504, "Time"},        {0x0800, "Array"},
+    {0x0801, "Cluster"},      {0x0802, "FixedPoint"},  {0x0803, "FixedPointWithRange"},
+    {0x0900, "AnsiString"},   {0x0901, "AnsiString"},  {0x0902, "FlexData"},    {0x0903, "FlexData"},
+    {0x0905, "ShortStringList"}, {0x0A00, "UTF16String"},
+};
+
+std::string FlexKindName(std::uint16_t code) {
+    for (const auto& kind : kFlexKinds)
+        if (kind.code == code) return kind.name;
+    return (code & 0xFF00) == 0x0B00 ? "String32" : "Unknown";
+}
+
+std::string Word16(std::uint16_t word) {
+    char text[8];
+    std::snprintf(text, sizeof text, "0x%04X", word);
+    return text;
+}
+
+// One packet as a tree: its metadata elements with their offsets, where its
+// data starts, its attributes, its elements (arrays, clusters, a nested
+// packet) and, when it has one, its value as a VarData.
+Json FlexTree(const zo::kel::FlexData& packet, unsigned int depth) {
+    Json tree = Json::object();
+    if (packet.isEmpty()) {
+        tree["size"] = 0;
+        return tree;
+    }
+    namespace fd = zo::kel::fd;
+    const unsigned char* begin = packet.begin();
+    const unsigned char* end = packet.end();
+    const unsigned char* type = fd::GetTypeFromPacket(begin, end);
+    tree["size"] = packet.getPacketSize();
+    Json metadata = Json::array();
+    for (const unsigned char* md = begin + 4; md <= type; md = fd::GetNextElt(md, end)) {
+        std::uint16_t word = 0;
+        std::memcpy(&word, md, sizeof word);
+        metadata.push_back({{"offset", md - begin}, {"word", Word16(word)}, {"size", fd::GetMDEltSize(md, end)}});
+    }
+    tree["metadata"] = std::move(metadata);
+    tree["type"] = Word16(packet.getType());
+    tree["kind"] = FlexKindName(packet.getType());
+    tree["dataOffset"] = fd::GetDataFromType(begin, type, end) - begin;
+    tree["dataSize"] = packet.getDataBuffer().Len();
+    if (packet.hasAttributes()) {
+        Json attributes = Json::object();
+        const zo::kel::Vector<zo::kel::NarrowString> names = packet.getAttributeNames();
+        for (unsigned int i = 0; i < names.size(); ++i) {
+            attributes[names[i].c_str()] = FlexTree(packet.getAttribute(names[i]), depth + 1);
+        }
+        tree["attributes"] = std::move(attributes);
+    }
+    if (depth >= zo::kel::fd::kMaxNestingDepth) return tree;
+    zo::kel::Vector<zo::kel::FlexData> elements;
+    switch (packet.getType()) {
+        case zo::kel::fd::kArray:
+            tree["dims"] = Json::array();
+            for (unsigned int i = 0; i < packet.getDims(); ++i) tree["dims"].push_back(packet.getDimSize(i));
+            packet.getArrayElements(elements);
+            break;
+        case zo::kel::fd::kCluster: packet.getClusterElements(elements); break;
+        case zo::kel::fd::kFlexData:
+        case zo::kel::fd::kFlexData2: tree["packet"] = FlexTree(packet.getFlexData(), depth + 1); return tree;
+        default: break;
+    }
+    if (!elements.empty() || packet.getType() == zo::kel::fd::kArray || packet.getType() == zo::kel::fd::kCluster) {
+        tree["elements"] = Json::array();
+        for (unsigned int i = 0; i < elements.size(); ++i) tree["elements"].push_back(FlexTree(elements[i], depth + 1));
+        return tree;
+    }
+    zo::kel::FlexData plain(packet);
+    for (const zo::kel::NarrowString& name : packet.getAttributeNames()) plain.deleteAttribute(name);
+    const VarData native = VarData(plain).convertToNativeType();
+    if (vardata_type::TagOf(native.GetType()) != static_cast<std::uint16_t>(VarDataType::FlexDataTag)) {
+        tree["value"] = qkdynam_json::ToJson(native);
+    }
+    return tree;
+}
+
+int FlexDataTree(const std::string& input, bool hex) {
+    std::string text = ReadAll(input);
+    std::vector<unsigned char> bytes = hex ? FromHex(text) : std::vector<unsigned char>(text.begin(), text.end());
+    zo::kel::FlexData packet;
+    const unsigned char* cursor = bytes.data();
+    try {
+        packet.deserialize(cursor, bytes.data() + bytes.size());
+        WriteOut(FlexTree(packet, 0).dump(2) + "\n");
+    } catch (const zo::kel::exception::Exception& failure) {
+        throw BadInput(std::string("not a readable packet: ") + failure.what());
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -494,6 +595,13 @@ int main(int argc, char** argv) {
     gxCommand->add_flag("--from-json", gxBack, "Read a JSON value and print its descriptor and data");
     gxCommand->add_option("input", gxInput, "JSON input for --from-json (default: standard input)");
 
+    std::string flexInput;
+    bool flexHex = false;
+    CLI::App* flexCommand =
+        app.add_subcommand("flexdata", "A FlexData packet's metadata, data offsets, attributes, elements and values");
+    flexCommand->add_option("input", flexInput, "Packet file (default: standard input)");
+    flexCommand->add_flag("--hex", flexHex, "Input is hexadecimal text (blanks ignored)");
+
     if (argc > 1 && argv[1][0] != '-') {
         try {
             app.get_subcommand_ptr(argv[1]);
@@ -530,6 +638,7 @@ int main(int argc, char** argv) {
             }
             return GxToJson(gxDescriptor, gxData);
         }
+        if (*flexCommand) return FlexDataTree(flexInput, flexHex);
     } catch (const BadInput& bad) {
         std::fprintf(stderr, "qkdynam %s: %s\n", app.get_subcommands().front()->get_name().c_str(), bad.what());
         return kBadInput;

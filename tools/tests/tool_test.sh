@@ -68,7 +68,7 @@ usage)
     expect_exit 2 "excludes" -- "$tool" decode --bare --stream
     expect_exit 2 "not expected\|extra\|Extra" -- "$tool" encode --nonsense
     "$tool" --version | grep -q '^qkdynam [0-9]' || fail "--version"
-    for command in decode encode format parse ini gx "ini get" "ini set" "ini dump"; do
+    for command in decode encode format parse ini gx flexdata "ini get" "ini set" "ini dump"; do
         $tool $command --help | grep -qi usage || fail "$command --help"
     done
     ;;
@@ -108,6 +108,16 @@ subcommands)
     grep -q '"view"' gx.json || fail "gx has no view: $(cat gx.json)"
     [[ $("$tool" gx --from-json gx.json | tr -d ' \n') == '{"descriptor":"000C00500001000640210161","data":"01"}' ]] ||
         fail "gx back: $("$tool" gx --from-json gx.json)"
+    # An array of two I16 (1, -2), and an F64 4.25 carrying the attribute u = 1.0.
+    tree=$(echo "16000000 0008 0100 06000000 0002 02000000 0100 FEFF" | "$tool" flexdata --hex | tr -d ' \n')
+    [[ $tree == *'"kind":"Array"'*'"dataOffset":14'*'"dims":[2]'*'"value":1.0'*'"value":-2.0'* ]] ||
+        fail "flexdata array: $tree"
+    tree=$(echo "28000000 0040 18000000 01000000 7500 0E000000 0204 000000000000F03F 0204 0000000000001140" |
+        "$tool" flexdata --hex | tr -d ' \n')
+    [[ $tree == *'"metadata":[{"offset":4,"word":"0x4000","size":26},{"offset":30,"word":"0x0402","size":2}]'* ]] ||
+        fail "flexdata metadata: $tree"
+    [[ $tree == *'"dataOffset":32'*'"attributes":{"u":{'*'"value":1.0'*'"value":4.25'* ]] || fail "flexdata attribute: $tree"
+    expect_exit 1 "not a readable packet" -- sh -c "echo 0600 | '$tool' flexdata --hex"
     ;;
 *) fail "unknown case $case_name" ;;
 esac
