@@ -2,6 +2,8 @@
 // with the failure contracts of the readers, and its place in Convert_.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tavlo/VarDataTestSupport.h"
 #include "tavlo/qkstatic/vardata.h"
 #include "zo/kel/Exception.h"
@@ -17,8 +19,11 @@ namespace fd = zo::kel::fd;
 constexpr unsigned char kTag[] = {0x13, 0x10, 0, 0};
 
 Bytes Record(const Bytes& body) {
-    Bytes record(kTag, kTag + 4);
-    record.insert(record.end(), body.begin(), body.end());
+    // Sized once and filled: GCC 12 at -O2 warns (-Warray-bounds) when an
+    // insert grows a vector of four bytes.
+    Bytes record(sizeof kTag + body.size());
+    std::copy(kTag, kTag + sizeof kTag, record.begin());
+    std::copy(body.begin(), body.end(), record.begin() + sizeof kTag);
     return record;
 }
 
