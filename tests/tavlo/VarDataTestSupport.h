@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <vector>
 
@@ -20,6 +21,14 @@ VarData Assigned(T value) {
     return result;
 }
 inline VarData Logical(bool value) { return Assigned(value); }
+
+// A Sequence of `elements`, in order.
+inline VarData Sequence(std::initializer_list<VarData> elements) {
+    VarData list = VarData::sequence();
+    unsigned int i = 0;
+    for (const VarData& element : elements) list.SetElement(i++, element);
+    return list;
+}
 
 // The reference count of a dictionary payload, read without changing it.
 inline std::int32_t Count(const VarData& dictionary) {

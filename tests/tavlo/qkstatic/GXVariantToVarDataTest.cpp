@@ -5,29 +5,20 @@
 #include <string>
 
 #include "tavlo/GXVariantTestSupport.h"
+#include "tavlo/VarDataTestSupport.h"
 #include "tavlo/qkstatic/vardata.h"
 
 namespace {
 
 using namespace gxvariant_test;
+using vardata_test::Logical;
+using vardata_test::Sequence;
 using vek::ClustersToDictionaries;
 using vek::NoDictionaries;
 using vek::VariantsToDictionaries;
 
 constexpr const char* kReader = "tavlo/qkstatic/GXVariantToVarData";
 
-VarData Bool(bool truth) {
-    VarData value;
-    value = truth;
-    return value;
-}
-
-VarData Sequence(std::initializer_list<VarData> elements) {
-    VarData list = VarData::sequence();
-    unsigned int i = 0;
-    for (const VarData& element : elements) list.SetElement(i++, element);
-    return list;
-}
 
 VarData Dictionary(std::initializer_list<std::pair<VarData, VarData>> entries) {
     VarData dictionary = VarData::dict();
@@ -72,7 +63,7 @@ TEST(GXVariantToVarData, EveryTypeCodeReadsAsItsValue) {
         {"u32", {4, 0x07}, {0xFF, 0xFF, 0xFF, 0xFE}, NoDictionaries, VarData::num(4294967294.0, 6)},
         {"single", {4, 0x09}, {0x3F, 0xC0, 0, 0}, NoDictionaries, VarData::num(1.5, 7)},
         {"double", {4, 0x0A}, {0x3F, 0xF0, 0, 0, 0, 0, 0, 0}, NoDictionaries, VarData::num(1.0, 0)},
-        {"boolean", {4, 0x21}, {0x02}, NoDictionaries, Bool(true)},
+        {"boolean", {4, 0x21}, {0x02}, NoDictionaries, Logical(true)},
         {"string", {8, 0x30, 0xFFFF, 0xFFFF}, {0, 0, 0, 2, 'A', 'B'}, NoDictionaries, VarData("AB")},
         {"empty string", {8, 0x30, 0xFFFF, 0xFFFF}, {0, 0, 0, 0}, NoDictionaries, VarData("")},
         // 1970-01-01 00:00:00.5 UTC
@@ -83,7 +74,7 @@ TEST(GXVariantToVarData, EveryTypeCodeReadsAsItsValue) {
         {"array of none", {14, 0x40, 1, 0xFFFF, 0xFFFF, 4, 0x04}, {0, 0, 0, 0}, NoDictionaries, VarData::sequence()},
         // Two elements named a: the later one wins.
         {"cluster", {18, 0x50, 2, 6, 0x4021, 0x0161, 6, 0x4021, 0x0161}, {1, 0}, ClustersToDictionaries,
-         Dictionary({{"a", Bool(false)}})},
+         Dictionary({{"a", Logical(false)}})},
         {"variant", {4, 0x53},
          Embedded(Join({{0, 4, 0, 0}, {0, 0, 0, 1}, {0, 0, 0, 1, 'k'},
                         Embedded(Join({{0, 4, 0, 0x0A}, two, {0, 0, 0, 0}}))})),

@@ -4,29 +4,20 @@
 #include <string>
 
 #include "tavlo/GXVariantTestSupport.h"
+#include "tavlo/VarDataTestSupport.h"
 #include "tavlo/qkstatic/vardata.h"
 
 namespace {
 
 using namespace gxvariant_test;
+using vardata_test::Logical;
+using vardata_test::Sequence;
 using vek::ClustersToDictionaries;
 using vek::NoDictionaries;
 using vek::VariantsToDictionaries;
 
 constexpr const char* kWriter = "tavlo/qkstatic/VarDataToGXVariant";
 
-VarData Bool(bool truth) {
-    VarData value;
-    value = truth;
-    return value;
-}
-
-VarData Sequence(std::initializer_list<VarData> elements) {
-    VarData list = VarData::sequence();
-    unsigned int i = 0;
-    for (const VarData& element : elements) list.SetElement(i++, element);
-    return list;
-}
 
 TEST(VarDataToGXVariant, ExactDescriptorAndData) {
     struct Row {
@@ -39,7 +30,7 @@ TEST(VarDataToGXVariant, ExactDescriptorAndData) {
     };
     const unsigned char raw[] = {'A', 'B'};
     VarData cluster = VarData::dict();
-    cluster.setValue(L"a", Bool(true));
+    cluster.setValue(L"a", Logical(true));
     VarData attributes = VarData::dict();
     attributes.setValue("k", VarData::num(2.0));
     const Bytes two = {0x40, 0, 0, 0, 0, 0, 0, 0};
@@ -56,7 +47,7 @@ TEST(VarDataToGXVariant, ExactDescriptorAndData) {
         {"single", VarData::num(1.5, 7), NoDictionaries, "", {4, 0x09}, {0x3F, 0xC0, 0, 0}},
         {"bit array as u32", VarData::bitArray(5), NoDictionaries, "", {4, 0x07}, {0, 0, 0, 5}},
         {"i32 out of range", VarData::num(1e10, 3), NoDictionaries, "", {4, 0x03}, {0x80, 0, 0, 0}},
-        {"named boolean", Bool(true), NoDictionaries, "ok", {8, 0x4021, 0x026F, 0x6B00}, {1}},
+        {"named boolean", Logical(true), NoDictionaries, "ok", {8, 0x4021, 0x026F, 0x6B00}, {1}},
         {"odd name", VarData(), NoDictionaries, "abc", {8, 0x4000, 0x0361, 0x6263}, {}},
         {"ansi", VarData("AB"), NoDictionaries, "", {8, 0x30, 0xFFFF, 0xFFFF}, text},
         {"unicode", VarData(L"AB"), NoDictionaries, "", {8, 0x30, 0xFFFF, 0xFFFF}, text},
@@ -139,7 +130,7 @@ public:
         const int kind = Pick(depth > 0 ? 9 : 6);
         switch (kind) {
             case 0: return Same(VarData());
-            case 1: return Same(Bool(Pick(2) == 1));
+            case 1: return Same(Logical(Pick(2) == 1));
             case 2: return Same(Number());
             case 3: {
                 const std::string text = Text();
