@@ -6,11 +6,13 @@
 #include "tavlo/qkdynamic/VarDataGXVariant.h"
 #include "tavlo/qkstatic/PayloadRef.h"
 #include "zo/kel/Exception.h"
+#include "zo/kel/KelTestSupport.h"
 
 namespace {
 
 using Words = std::vector<unsigned short>;
-using Bytes = std::vector<unsigned char>;
+using kel_test::Bytes;
+using kel_test::Form;
 using internal::PayloadRef;
 
 PayloadRef<IVarDataGXVariant> Make(const Words& descriptor, const Bytes& data) {
@@ -20,18 +22,11 @@ PayloadRef<IVarDataGXVariant> Make(const Words& descriptor, const Bytes& data) {
                                              .get());
 }
 
-Bytes Serialized(const IVarDataGXVariant& variant) {
-    Bytes out(variant.serializationSize());
-    unsigned char* cursor = out.data();
-    variant.serialize(cursor, out.data() + out.size());
-    EXPECT_EQ(cursor, out.data() + out.size());
-    return out;
-}
 
 TEST(VarDataGXVariant, BodyIsDescriptorVectorThenDataVector) {
-    EXPECT_EQ(Serialized(*Make({}, {}).get()), Bytes(8, 0));
+    EXPECT_EQ(Form(*Make({}, {}).get()), Bytes(8, 0));
     const auto variant = Make({0x0004, 0x000A}, {0x3F, 0xF0, 0xAB});
-    EXPECT_EQ(Serialized(*variant.get()), (Bytes{2, 0, 0, 0, 0x04, 0, 0x0A, 0, 3, 0, 0, 0, 0x3F, 0xF0, 0xAB}));
+    EXPECT_EQ(Form(*variant.get()), (Bytes{2, 0, 0, 0, 0x04, 0, 0x0A, 0, 3, 0, 0, 0, 0x3F, 0xF0, 0xAB}));
 
     const unsigned short* descriptor = nullptr;
     const unsigned char* data = nullptr;
